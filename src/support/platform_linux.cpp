@@ -1,0 +1,27 @@
+#include <fcntl.h>
+
+#include <cstdio>
+#include <cstring>
+
+#include "support/platform.h"
+
+namespace marrowbench {
+
+bool reserveSpace(int descriptor, Reservation /*kind*/, std::int64_t length) {
+  // Linux has no request for contiguous blocks, both kinds are the same call. posix_fallocate()
+  // is no way out on file systems that refuse: it then writes into every block, and that time
+  // would count as time of the transfer. fallocate() answers EINVAL to a length of 0.
+  if (length == 0) return true;
+  return fallocate(descriptor, FALLOC_FL_KEEP_SIZE, 0, length) == 0;
+}
+
+bool systemErrorText(int code, char* text, std::size_t size) {
+  // This strerror_r() returns the text; only for an unknown code is that a number it has written
+  // into the buffer ("Unknown error 12345"), known texts stand in the library.
+  const char* found = strerror_r(code, text, size);
+  if (found == text) return false;
+  (void)std::snprintf(text, size, "%s", found);
+  return true;
+}
+
+}  // namespace marrowbench
