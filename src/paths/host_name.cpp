@@ -1,0 +1,22 @@
+#include "paths/host_name.h"
+
+#include <unistd.h>
+
+#include <array>
+
+namespace marrowbench {
+
+FixedString hostNameFrom(std::string_view rawName) {
+  const FixedString name = rawName.substr(0, rawName.find('.', 1));
+  if (name.isEmpty() || equalsIgnoreCase(name.view(), "localhost")) return "NoHostNameSet_";
+  return name;
+}
+
+FixedString hostName() {
+  // One byte more than the call may fill: a name of full length comes without its NUL.
+  std::array<char, 256> raw{};
+  if (gethostname(raw.data(), raw.size() - 1) != 0) raw.fill('\0');
+  return hostNameFrom(raw.data());
+}
+
+}  // namespace marrowbench
