@@ -1,0 +1,77 @@
+#include "run/method_run.h"
+
+#include "fileaccess/file_copy_methods.h"
+#include "fileaccess/file_read_write_methods.h"
+#include "fileaccess/timed_loops.h"
+
+namespace marrowbench {
+namespace {
+
+template <class Values>
+Values valuesFrom(const TestConfig& config) {
+  Values values;
+  values.errorText = config.parameters.errorText;
+  values.parameters = config.parameters.parameters;
+  return values;
+}
+
+void copyOutcome(const _fileGLobal& method, _fileGLobal& result) {
+  result.errorText = method.errorText;
+  result.parameters.nullPosition = method.parameters.nullPosition;
+  result.parameters.stats = method.parameters.stats;
+}
+
+template <class ConcreteCopy>
+void runOn(const _fileCopy& values, _fileGLobal& result) {
+  ConcreteCopy method(values);
+  (void)runCopy(method);
+  copyOutcome(method, result);
+}
+
+template <class ConcreteReadWrite>
+void runOn(const _fileReadWriteBuffer& values, _fileGLobal& result) {
+  ConcreteReadWrite method(values);
+  (void)runReadWrite(method);
+  copyOutcome(method, result);
+}
+
+}  // namespace
+
+void runCopyTest(const TestConfig& config, const FixedString& source, const FixedString& dest,
+                 _fileGLobal& result) {
+  auto values = valuesFrom<_fileCopy>(config);
+  values.sourcePath = source;
+  values.destPath = dest;
+  switch (config.method) {
+    case Method::stream:
+      return runOn<_fileCopy_stream>(values, result);
+    case Method::ansiC:
+      return runOn<_fileCopy_FILE>(values, result);
+    case Method::posix:
+      return runOn<_fileCopy_fd>(values, result);
+    case Method::system:
+    case Method::winApi:
+      return;
+  }
+}
+
+void runReadWriteTest(const TestConfig& config, const FixedString& path, std::byte* buffer,
+                      bool isRead, _fileGLobal& result) {
+  auto values = valuesFrom<_fileReadWriteBuffer>(config);
+  values.buffer = buffer;
+  values.isRead = isRead;
+  values.path = path;
+  switch (config.method) {
+    case Method::stream:
+      return runOn<_fileReadWriteBuffer_stream>(values, result);
+    case Method::ansiC:
+      return runOn<_fileReadWriteBuffer_FILE>(values, result);
+    case Method::posix:
+      return runOn<_fileReadWriteBuffer_fd>(values, result);
+    case Method::system:
+    case Method::winApi:
+      return;
+  }
+}
+
+}  // namespace marrowbench

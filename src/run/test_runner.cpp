@@ -1,0 +1,166 @@
+#include "run/test_runner.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <string>
+
+#include "paths/folders.h"
+#include "paths/log_line.h"
+#include "paths/path_text.h"
+#include "paths/placeholders.h"
+#include "results/results_lock.h"
+#include "results/text_file_writer.h"
+#include "run/method_run.h"
+#include "run/result_table.h"
+#include "run/summary_line.h"
+#include "run/test_data.h"
+#include "support/clock.h"
+#include "support/file_status.h"
+
+namespace marrowbench {
+namespace {
+
+constexpr int kLockTimeoutMs = 10000;
+constexpr std::string_view kFolderMissing = "ERROR: Folder does not exists: ";
+
+}  // namespace
+
+bool TestRunner::run(TestConfig& config, std::byte*& sharedMemoryBuffer,
+                     const std::int32_t& configIndex) {
+  return TestRunner(config, sharedMemoryBuffer, configIndex).runAll();
+}
+
+bool TestRunner::runAll() {
+  expandPaths(0);
+  printOpening();
+  provideMemory();
+
+  std::int64_t start = 0;
+  nowMs(start);
+  for (std::int32_t i = 0; i < config.iterations; ++i) {
+    if (!runIteration(i)) return false;
+  }
+  printTotal(elapsedMs(start));
+  return true;
+}
+
+bool TestRunner::runIteration(std::int32_t iteration) {
+  // Before the expansion: this row goes to the log of the iteration before.
+  printEmptyCacheInfo(config);
+  expandPaths(iteration);
+  result.parameters.stats = RunStats{};
+
+  if (config.dest.isNotEmpty() && !provideFolderOf(config.dest)) {
+    printRow(kFolderMissing, parentFolder(config.dest));
+    return false;
+  }
+  transfer(iteration);
+  dataMs += result.parameters.stats.dataMs;
+
+  printReport();
+  printNullData();
+  printDestinationInfo(config);
+  appendResult();
+  printRow(" ");
+  return true;
+}
+
+void TestRunner::expandPaths(std::int32_t iteration) {
+  config.source = expanded(config.sourceTemplate, iteration);
+  config.dest = expanded(config.destTemplate, iteration);
+  config.logPath = expanded(config.logTemplate, iteration);
+  config.resultsPath = expanded(config.resultsTemplate, iteration);
+}
+
+FixedString TestRunner::expanded(FixedString path, std::int32_t iteration) const {
+  expandPlaceholders(config, path, configIndex, iteration, false);
+  return path;
+}
+
+void TestRunner::provideMemory() {
+  if (testTypeOf(config.source, config.dest) == TestType::copy) return;
+  if (sharedMemoryBuffer != nullptr) return;
+  sharedMemoryBuffer = static_cast<std::byte*>(std::malloc(kMaxFileSize));
+  if (sharedMemoryBuffer == nullptr) memoryError = errno;
+}
+
+void TestRunner::transfer(std::int32_t iteration) {
+  const TestType type = testTypeOf(config.source, config.dest);
+  if (type != TestType::copy) return transferMemory(type, iteration);
+  runCopyTest(config, expanded(config.source, iteration), expanded(config.dest, iteration), result);
+}
+
+void TestRunner::transferMemory(TestType type, std::int32_t iteration) {
+  if (sharedMemoryBuffer == nullptr) {
+    result.parameters.nullPosition = -1;
+    result.allocateFailed(memoryError);
+    return;
+  }
+  const bool isRead = type == TestType::read;
+  const std::int32_t size = config.parameters.parameters.fileSize;
+  if (!isRead && size > 0) {
+    fillTestData({sharedMemoryBuffer, static_cast<std::size_t>(size)},
+                 testDataSeed(configIndex, iteration));
+  }
+  runReadWriteTest(config, expanded(isRead ? config.source : config.dest, iteration),
+                   sharedMemoryBuffer, isRead, result);
+}
+
+void TestRunner::printRow(const FixedString& label, const FixedString& text1,
+                          const FixedString& text2, const FixedString& text3,
+                          const FixedString& text4) const {
+  writeLogLine(config.logPath, label, text1, text2, text3, text4);
+}
+
+void TestRunner::printOpening() const {
+  printRow("___   ", config.settingsPath, "  __  ", std::to_string(configIndex).c_str(),
+           "  ____________________________________________________");
+  printRow(narrowedText<499>(config.settingsLine).view());
+}
+
+void TestRunner::printReport() {
+  if (result.errorText.isNotEmpty()) return printRow(result.errorText);
+  FixedString line = summaryLine(result.parameters.stats);
+  const TestType type = testTypeOf(config.source, config.dest);
+  if (type != TestType::copy) {
+    line.replaceAll("Copy ", "Transfer ");
+    line.replaceAll("copied", type == TestType::read ? "read" : "written");
+  }
+  printRow(line);
+}
+
+void TestRunner::printNullData() const {
+  const std::int64_t position = result.parameters.nullPosition;
+  if (position == 0) return printRow("Null data test: Ok");
+  if (position == -1) return printRow("Null data test: N/A");
+  printRow("Null data test: Null found before file position ", std::to_string(position).c_str());
+}
+
+void TestRunner::printTotal(std::int32_t totalMs) const {
+  printRow("Total time: ", std::to_string(totalMs).c_str(),
+           "ms ( data read/write only: ", std::to_string(dataMs).c_str(), "ms)");
+  printRow("___________________________\n");
+}
+
+void TestRunner::appendResult() {
+  const FixedString& path = config.resultsPath;
+  if (path.isEmpty()) return;
+  const ResultLines lines = buildResultLines(config, result, tableSeparator());
+  if (!provideFolderOf(path)) printRow(kFolderMissing, parentFolder(path));
+
+  WideFixedString widePath;
+  widePath.assignBytes(path);
+  ResultsLock lock(widePath);
+  int timeoutMs = kLockTimeoutMs;
+  if (!lock.acquire(timeoutMs, {}, nullptr, false)) {
+    printRow("ERROR: Unable to write excel file as it is still locked.", path);
+    return;
+  }
+  // Under the lock: only one client finds no table and writes the header.
+  TextBuffer text;
+  if (!fileStatus(path)) text = lines.header;
+  text.append(lines.row);
+  (void)writeTextFile(path, text, false, false);
+}
+
+}  // namespace marrowbench

@@ -1,0 +1,56 @@
+#ifndef MARROWBENCH_RUN_TEST_RUNNER_H
+#define MARROWBENCH_RUN_TEST_RUNNER_H
+
+#include <cstddef>
+#include <cstdint>
+
+#include "settings/test_config.h"
+
+namespace marrowbench {
+
+/// Runs one test configuration over all its iterations: expands the paths, transfers, reports on
+/// console and log, appends one row per iteration to the results table. Deletes no file.
+class TestRunner {
+ public:
+  /// @param config              its expanded paths are rewritten
+  /// @param sharedMemoryBuffer  null, or 1 GiB from malloc; a memory test that finds null allocates
+  ///                            it. Never freed here.
+  /// @param configIndex         number of the configuration in the settings file, 0 for the first
+  /// @return false when the destination folder is missing and can't be made: the configuration
+  ///         ends then at once. True otherwise, whatever the tests' outcome.
+  static bool run(TestConfig& config, std::byte*& sharedMemoryBuffer,
+                  const std::int32_t& configIndex);
+
+ private:
+  TestRunner(TestConfig& testConfig, std::byte*& memory, const std::int32_t& index)
+      : config(testConfig), sharedMemoryBuffer(memory), configIndex(index) {}
+
+  bool runAll();
+  bool runIteration(std::int32_t iteration);
+
+  void expandPaths(std::int32_t iteration);
+  [[nodiscard]] FixedString expanded(FixedString path, std::int32_t iteration) const;
+  void provideMemory();
+  void transfer(std::int32_t iteration);
+  void transferMemory(TestType type, std::int32_t iteration);
+
+  void printRow(const FixedString& label, const FixedString& text1 = {},
+                const FixedString& text2 = {}, const FixedString& text3 = {},
+                const FixedString& text4 = {}) const;
+  void printOpening() const;
+  void printReport();
+  void printNullData() const;
+  void printTotal(std::int32_t totalMs) const;
+  void appendResult();
+
+  TestConfig& config;
+  std::byte*& sharedMemoryBuffer;
+  const std::int32_t& configIndex;
+  int memoryError = 0;      // errno of the allocation, while there is no buffer
+  std::int64_t dataMs = 0;  // data time of all iterations
+  _fileGLobal result;       // the latest run; only its statistics are reset between iterations
+};
+
+}  // namespace marrowbench
+
+#endif
