@@ -1,0 +1,36 @@
+#include "main/done_marker.h"
+
+#include <cerrno>
+#include <cstdio>
+
+#include "fileaccess/error_text.h"
+#include "paths/folders.h"
+#include "paths/host_name.h"
+#include "paths/path_text.h"
+#include "results/text_file_writer.h"
+#include "support/console.h"
+
+namespace marrowbench {
+
+FixedString doneFolderOf(const FixedString& settingsPath) {
+  FixedString folder = parentFolder(settingsPath);
+  return folder.append("_").append(nameWithoutExtension(settingsPath)).append("_log");
+}
+
+void writeDoneMarker(const FixedString& settingsPath) {
+  const FixedString folder = doneFolderOf(settingsPath);
+  errno = 0;
+  if (!createFolder(folder, true)) {
+    const ShortText reason = errnoText(-1);
+    std::printf("Unable to create 'Done'-Folder %s: %s.\n", folder.c_str(), reason.c_str());
+  }
+  FixedString file = folder;
+  file.append("/done__").append(hostName());
+  if (writeTextFile(file, "done", true, true) != 0) {
+    const ShortText reason = errnoText(-1);
+    std::printf("Unable to write 'Done'-File %s: %s.\n", file.c_str(), reason.c_str());
+  }
+  flushConsole();
+}
+
+}  // namespace marrowbench
