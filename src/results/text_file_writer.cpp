@@ -24,7 +24,7 @@ int writeTextFile(const FixedString& path, const TextBuffer& text, bool overwrit
   if (file == nullptr) return 0;
 
   // The default buffer is smaller than a line: a row would reach the share in two pieces.
-  std::array<char, 8192> buffer;
+  std::array<char, 8192> buffer{};
   static_assert(sizeof buffer > TextBuffer::capacity());
   (void)std::setvbuf(file, buffer.data(), _IOFBF, buffer.size());
   (void)std::fwrite(line.c_str(), 1, line.length(), file);

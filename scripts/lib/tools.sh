@@ -1,0 +1,42 @@
+# Sourced by the scripts: installs what is missing.
+
+# install_missing "DEBIAN PACKAGES" "HOMEBREW FORMULAE"
+install_missing() {
+  if [ "$(uname)" = Darwin ]; then
+    install_with_brew $2
+  elif command -v apt-get >/dev/null; then
+    install_with_apt $1
+  else
+    echo "This system has no apt-get; please install yourself: $1" >&2
+  fi
+}
+
+install_with_brew() {
+  local formula missing=()
+  xcode-select -p >/dev/null 2>&1 || { echo "Please run: xcode-select --install" >&2; exit 1; }
+  for formula in "$@"; do
+    brew list --formula "$formula" >/dev/null 2>&1 || missing+=("$formula")
+  done
+  [ ${#missing[@]} -eq 0 ] || brew install "${missing[@]}"
+}
+
+install_with_apt() {
+  local package missing=() sudo=
+  for package in "$@"; do
+    dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q '^install ok installed$' ||
+      missing+=("$package")
+  done
+  [ ${#missing[@]} -gt 0 ] || return 0
+  [ "$(id -u)" = 0 ] || sudo=sudo
+  echo "Installing: ${missing[*]}"
+  $sudo apt-get update -qq
+  $sudo env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+}
+
+BUILD_PACKAGES="g++ cmake ninja-build"
+BUILD_FORMULAE="cmake ninja"
+TEST_PACKAGES="$BUILD_PACKAGES libgtest-dev python3-pytest strace util-linux"
+TEST_FORMULAE="$BUILD_FORMULAE googletest pytest"
+ALL_PACKAGES="$TEST_PACKAGES googletest clang-14 libc++-14-dev libc++abi-14-dev libclang-rt-14-dev
+  lld-14 clang-format-14 clang-tidy-14"
