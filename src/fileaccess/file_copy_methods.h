@@ -7,18 +7,20 @@
 #include "fileaccess/file_method.h"
 #include "fileaccess/malloc_block.h"
 
+// clang-format off: keeps the table
 /// The three ways to copy a file. Each is made from a filled _fileCopy, of which it takes every
 /// field; each closes what is still open when it is destroyed. What they do differently is what is
 /// measured:
 ///
-/// | setting           | stream                | FILE                      | descriptor |
-/// |-------------------|-----------------------|---------------------------|-----------------------|
-/// | destination       | truncated             | must not exist            | keeps a longer tail |
-/// | systemBuffer > 0  | chunkSize, both files | chunkSize, both files     | ignored | |
-/// systemBuffer 0    | unbuffered, both      | unbuffered, both          | ignored               |
-/// | flush             | after each write      | after each write          | ignored | | single
-/// transfer   | whole file            | refused                   | refused               | |
-/// preallocate       | refused               | refused                   | reserved, length set  |
+/// | setting          | stream                | FILE                  | descriptor           |
+/// |------------------|-----------------------|-----------------------|----------------------|
+/// | destination      | truncated             | must not exist        | keeps a longer tail  |
+/// | systemBuffer > 0 | chunkSize, both files | chunkSize, both files | ignored              |
+/// | systemBuffer 0   | unbuffered, both      | unbuffered, both      | ignored              |
+/// | flush            | after each write      | after each write      | ignored              |
+/// | single transfer  | whole file            | refused               | refused              |
+/// | preallocate      | refused               | refused               | reserved, length set |
+// clang-format on
 namespace marrowbench {
 
 /// Method "Stream": the standard library's file streams.

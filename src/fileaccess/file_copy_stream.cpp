@@ -20,11 +20,16 @@ bool _fileCopy_stream::open() {
 
 void _fileCopy_stream::setBuffering() {
   if (parameters.systemBuffer < 0) return;
-  const bool buffered = parameters.systemBuffer > 0;
-  sourceBlock = mallocBlock<char>(buffered ? parameters.chunkSize : 0);
-  destBlock = mallocBlock<char>(buffered ? parameters.chunkSize : 0);
-  source.rdbuf()->pubsetbuf(sourceBlock.get(), sourceBlock ? parameters.chunkSize : 0);
-  dest.rdbuf()->pubsetbuf(destBlock.get(), destBlock ? parameters.chunkSize : 0);
+  if (parameters.systemBuffer == 0) {
+    source.rdbuf()->pubsetbuf(nullptr, 0);
+    dest.rdbuf()->pubsetbuf(nullptr, 0);
+    return;
+  }
+  sourceBlock = mallocBlock<char>(parameters.chunkSize);
+  destBlock = mallocBlock<char>(parameters.chunkSize);
+  if (!sourceBlock || !destBlock) return;
+  source.rdbuf()->pubsetbuf(sourceBlock.get(), parameters.chunkSize);
+  dest.rdbuf()->pubsetbuf(destBlock.get(), parameters.chunkSize);
 }
 
 void _fileCopy_stream::close() {
@@ -34,7 +39,8 @@ void _fileCopy_stream::close() {
 
 bool _fileCopy_stream::transferChunk(std::byte* buffer, const std::int32_t& length) {
   if (buffer == nullptr) {
-    // Unchecked on purpose: how a stream copies a whole file is its own business.
+    // Reported as done without a look at the result, on purpose: rows stay comparable with those of
+    // clients that never looked.
     dest << source.rdbuf();
     return true;
   }

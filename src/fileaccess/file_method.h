@@ -9,7 +9,7 @@
 #include "support/fixed_string.h"
 
 /// The method objects: each hides which I/O interface moves the data of one test. The timed loops
-/// drive them through the virtual operations, in the order in which they are declared here.
+/// drive them through the virtual operations only.
 ///
 /// No class has a virtual destructor: objects live on the stack of the code that picked their
 /// class, and the slots of the table stay the five operations. Copies are made of the root and the

@@ -29,12 +29,9 @@ void _fileReadWriteBuffer_fd::close() {
 }
 
 bool _fileReadWriteBuffer_fd::transferChunk(std::byte* chunk, const std::int32_t& length) {
+  if (length < 0) return isRead ? readFailed(path, EINVAL) : writeFailed(path, EINVAL);
   const auto wanted = static_cast<std::size_t>(length);
-  if (isRead) {
-    if (length < 0) return readFailed(path, EINVAL);
-    return ::read(file, chunk, wanted) == length || readFailed(path, errno);
-  }
-  if (length < 0) return writeFailed(path, EINVAL);
+  if (isRead) return ::read(file, chunk, wanted) == length || readFailed(path, errno);
   return ::write(file, chunk, wanted) == length || writeFailed(path, errno);
 }
 

@@ -7,17 +7,18 @@
 #include "fileaccess/file_method.h"
 #include "fileaccess/malloc_block.h"
 
+// clang-format off: keeps the table
 /// The three ways to move data between a file and memory. Each is made from a filled
 /// _fileReadWriteBuffer, of which it takes every field; each closes what is still open when it is
 /// destroyed. Only the file of the test's direction is opened.
 ///
-/// | setting             | stream                       | FILE                | descriptor |
-/// |---------------------|------------------------------|---------------------|----------------------|
-/// | write test opens    | truncating                   | must not exist      | keeps a longer tail
-/// | | systemBuffer        | input: chunkSize, unbuffered | never reaches it    | ignored | | flush
-/// (write test)  | then checked                 | then checked        | ignored              | |
-/// preallocate         | refused                      | refused             | reserved, length set
-/// |
+/// | setting            | stream                       | FILE             | descriptor           |
+/// |--------------------|------------------------------|------------------|----------------------|
+/// | write test opens   | truncating                   | must not exist   | keeps a longer tail  |
+/// | systemBuffer       | input: chunkSize, unbuffered | never reaches it | ignored              |
+/// | flush (write test) | then checked                 | then checked     | ignored              |
+/// | preallocate        | refused                      | refused          | reserved, length set |
+// clang-format on
 namespace marrowbench {
 
 /// Method "Stream": the standard library's file streams.

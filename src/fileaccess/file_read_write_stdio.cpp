@@ -33,15 +33,15 @@ void _fileReadWriteBuffer_FILE::close() {
 }
 
 bool _fileReadWriteBuffer_FILE::transferChunk(std::byte* chunk, const std::int32_t& length) {
+  if (length < 0) return isRead ? readFailed(path, EINVAL) : writeFailed(path, EINVAL);
   const auto wanted = static_cast<std::size_t>(length);
   if (isRead) {
-    if (length < 0) return readFailed(path, EINVAL);
     return std::fread(chunk, 1, wanted, file) == wanted || readFailed(path, errno);
   }
-  if (length < 0) return writeFailed(path, EINVAL);
   const std::size_t written = std::fwrite(chunk, 1, wanted, file);
+  const int code = errno;
   if (parameters.flush) (void)std::fflush(file);
-  return written == wanted || writeFailed(path, errno);
+  return written == wanted || writeFailed(path, code);
 }
 
 }  // namespace marrowbench

@@ -22,8 +22,12 @@ bool _fileReadWriteBuffer_stream::open() {
 // library's default buffer.
 void _fileReadWriteBuffer_stream::setInputBuffering() {
   if (parameters.systemBuffer < 0) return;
-  block = mallocBlock<char>(parameters.systemBuffer > 0 ? parameters.chunkSize : 0);
-  input.rdbuf()->pubsetbuf(block.get(), block ? parameters.chunkSize : 0);
+  if (parameters.systemBuffer == 0) {
+    input.rdbuf()->pubsetbuf(nullptr, 0);
+    return;
+  }
+  block = mallocBlock<char>(parameters.chunkSize);
+  if (block) input.rdbuf()->pubsetbuf(block.get(), parameters.chunkSize);
 }
 
 void _fileReadWriteBuffer_stream::close() {
@@ -32,13 +36,12 @@ void _fileReadWriteBuffer_stream::close() {
 }
 
 bool _fileReadWriteBuffer_stream::transferChunk(std::byte* chunk, const std::int32_t& length) {
+  if (length < 0) return isRead ? readFailed(path, EINVAL) : writeFailed(path, EINVAL);
   auto* bytes = reinterpret_cast<char*>(chunk);
   if (isRead) {
-    if (length < 0) return readFailed(path, EINVAL);
     input.read(bytes, length);
     return input.good() || readFailed(path, errno);
   }
-  if (length < 0) return writeFailed(path, EINVAL);
   output.write(bytes, length);
   if (parameters.flush) output.flush();
   return output.good() || writeFailed(path, errno);

@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/// Two cheap sampled looks for data that never arrived. Test data holds no zero byte, so a run of
-/// them means a hole.
+/// Two cheap sampled looks for data that never arrived. Generated test data
+/// holds no zero byte; in files of the user's a hit may be what the file holds.
 namespace marrowbench {
 
 /// After a chunk: looks at the bytes 1, 50, 100, 150, 200, 250 and 300 places before `end`.

@@ -8,6 +8,9 @@ namespace marrowbench {
 /// 1,048,576 bytes: the chunk size by which a run's chunks are counted when none was set.
 [[nodiscard]] constexpr std::int32_t defaultStepBytes() { return 1048576; }
 
+/// The largest file of a read or write test: 1 GiB, the size of the shared memory buffer.
+inline constexpr std::int32_t kMaxFileSize = 1073741824;
+
 /// What the timed loops measure. A fresh record is the reset record.
 struct RunStats {
   std::int64_t bytes = 0;                       ///< bytes transferred, summed

@@ -11,14 +11,18 @@
 namespace marrowbench {
 namespace {
 
-constexpr std::int32_t kLargestReadTest = 1073741824;
-
 void startRun(_fileGLobal& method) {
   method.errorText.clear();
   method.parameters.nullPosition = -1;
   nowMs(method.parameters.startMs);
-  // A short transfer leaves errno alone: what it says then must not be some older failure.
   errno = 0;
+}
+
+// A short transfer leaves errno alone; what stands there must not be some older failure.
+template <class FileMethod>
+bool transfer(FileMethod& method, std::byte* memory, std::int32_t length) {
+  errno = 0;
+  return method.transferChunk(memory, length);
 }
 
 // Sizes are kept in 32 bits; a file of 2 GiB or more leaves its low half.
@@ -33,7 +37,7 @@ bool copyChunks(_fileCopy& method, std::int64_t size) {
   do {
     const auto length =
         static_cast<std::int32_t>(std::min<std::int64_t>(size - total, p.chunkSize));
-    if (!method.transferChunk(buffer.get(), length)) return false;
+    if (!transfer(method, buffer.get(), length)) return false;
     total += length;
     checkChunkForNulls(buffer.get() + length, length, total, p.nullPosition);
     sleepMs(p.chunkWait);
@@ -46,7 +50,7 @@ bool transferChunks(_fileReadWriteBuffer& method) {
   std::int32_t total = 0;
   do {
     const std::int32_t length = std::min(p.fileSize - total, p.chunkSize);
-    if (!method.transferChunk(method.buffer + total, length)) return false;
+    if (!transfer(method, method.buffer + total, length)) return false;
     total += length;
     checkChunkForNulls(method.buffer + total, length, total, p.nullPosition);
     sleepMs(p.chunkWait);
@@ -56,9 +60,10 @@ bool transferChunks(_fileReadWriteBuffer& method) {
 
 bool transferWhole(_fileReadWriteBuffer& method) {
   ParameterBlock& p = method.parameters;
-  if (!method.transferChunk(method.buffer, p.fileSize)) return false;
-  checkWholeForNulls(method.buffer + p.fileSize, p.fileSize, p.nullPosition);
-  return true;
+  const bool moved = transfer(method, method.buffer, p.fileSize);
+  // After a failed transfer too. The look at the size comes first: a negative one is no place.
+  if (p.fileSize > 0) checkWholeForNulls(method.buffer + p.fileSize, p.fileSize, p.nullPosition);
+  return moved;
 }
 
 }  // namespace
@@ -81,7 +86,7 @@ bool runCopy(_fileCopy& method) {
   }
 
   const bool moved =
-      p.chunkSize <= 0 ? method.transferChunk(nullptr, p.fileSize) : copyChunks(method, size);
+      p.chunkSize <= 0 ? transfer(method, nullptr, p.fileSize) : copyChunks(method, size);
   method.close();
   if (!moved) return false;
   recordRun(p.stats, size, elapsedMs(p.startMs));
@@ -96,7 +101,7 @@ bool runReadWrite(_fileReadWriteBuffer& method) {
   if (method.isRead) {
     std::int64_t size = 0;
     if (!fileStatus(method.path, nullptr, &size)) return method.findFailed(method.path, errno);
-    p.fileSize = std::min(lowHalf(size), kLargestReadTest);
+    p.fileSize = std::min(lowHalf(size), kMaxFileSize);
   }
 
   if (isWrite && p.prealloc && !method.preallocate(false)) {

@@ -15,12 +15,12 @@ namespace marrowbench {
 ///
 /// @return true when all data moved. False with an empty errorText when the source is missing, a
 ///         folder or empty; false with errorText set for every other failure.
-bool runCopy(_fileCopy& method);
+[[nodiscard]] bool runCopy(_fileCopy& method);
 
 /// Reads path into the buffer, at most 1 GiB, or writes fileSize bytes of the buffer to path.
 ///
 /// @return true when all data moved; false with errorText set.
-bool runReadWrite(_fileReadWriteBuffer& method);
+[[nodiscard]] bool runReadWrite(_fileReadWriteBuffer& method);
 
 }  // namespace marrowbench
 

@@ -19,6 +19,7 @@ FixedString doneFolderOf(const FixedString& settingsPath) {
 
 void writeDoneMarker(const FixedString& settingsPath) {
   const FixedString folder = doneFolderOf(settingsPath);
+  // A folder may be refused for the length of its name, without a failing call.
   errno = 0;
   if (!createFolder(folder, true)) {
     const ShortText reason = errnoText(-1);

@@ -1,3 +1,5 @@
+#include <cstddef>
+
 #include "main/program.h"
 
 int main(int argc, char** argv) {

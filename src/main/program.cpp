@@ -1,5 +1,7 @@
 #include "main/program.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -33,7 +35,7 @@ void printStamp() {
   flushConsole();
 }
 
-// What lives as long as the process: the records and the memory that tests share.
+// Records and memory live as long as the process: chained files and later tests use them again.
 class SettingsCycle {
  public:
   SettingsCycle() : table(std::make_unique<TestConfig[]>(kMaxTestLines)) {}
@@ -102,7 +104,7 @@ int runProgram(std::span<char* const> arguments) {
   FixedString path = commandLine.settingsPath;
   while (path.isNotEmpty()) path = cycle.runFile(path);
 
-  std::puts(shortStamp(currentSeconds()).c_str());
+  printStamp();
   std::puts("");
   flushConsole();
   return 0;

@@ -18,7 +18,8 @@ namespace {
 enum class LineKind { nothing, rejected, test, chain };
 
 // Fills `slot` from a line as it was read.
-LineKind readLine(const std::string& bytes, const FixedString& path, TestConfig& slot) {
+LineKind readLine(const std::string& bytes, const FixedString& path,
+                  std::int32_t settingsFileNumber, TestConfig& slot) {
   LineString line;
   line.assignBytes(bytes);
   // Before the trimming: only a "#" in the first column marks a comment.
@@ -26,7 +27,7 @@ LineKind readLine(const std::string& bytes, const FixedString& path, TestConfig&
   trim(line);
   if (line.isEmpty()) return LineKind::nothing;
   if (!parseSettingsLine(slot, line, path)) return LineKind::rejected;
-  slot.settingsFileNumber = settingsFileNumberOf(path);
+  slot.settingsFileNumber = settingsFileNumber;
   return slot.chainToNext ? LineKind::chain : LineKind::test;
 }
 
@@ -59,6 +60,7 @@ bool waitForSettingsFile(const FixedString& path) {
 }
 
 LoadedSettings loadSettings(const FixedString& path, std::span<TestConfig> table) {
+  const std::int32_t settingsFileNumber = settingsFileNumberOf(path);
   LoadedSettings loaded;
   std::unique_ptr<TestConfig> scratch;
   std::ifstream file(path.c_str());
@@ -68,7 +70,7 @@ LoadedSettings loadSettings(const FixedString& path, std::span<TestConfig> table
     if (isFull && !scratch) scratch = std::make_unique<TestConfig>();
     TestConfig& slot = isFull ? *scratch : table[static_cast<std::size_t>(loaded.count)];
 
-    const LineKind kind = readLine(bytes, path, slot);
+    const LineKind kind = readLine(bytes, path, settingsFileNumber, slot);
     if (kind == LineKind::nothing) continue;
     if (kind == LineKind::rejected) {
       std::printf("Error reading settings line '%s' \n", bytes.c_str());

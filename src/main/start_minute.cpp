@@ -11,8 +11,7 @@ std::int32_t shownWaitSeconds(std::int64_t startMinute, std::int64_t now) {
 }
 
 void waitForMinute(std::int64_t startMinute) {
-  // The sleep follows every reading, the last one too: clients whose clocks differ by up to two
-  // seconds still overlap.
+  // The sleep follows every reading, the last one too, so the tests begin 2 to 4 s into the minute.
   std::int64_t minute = 0;
   do {
     minute = currentSeconds() / 60;

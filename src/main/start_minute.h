@@ -15,7 +15,7 @@ namespace marrowbench {
 /// @param startMinute  minutes since the epoch at which the tests begin
 /// @param now          current time, seconds since the epoch
 /// @return 60 * (startMinute - now / 60) + now % 60. The seconds already gone are added, not
-///         subtracted: clients of all versions show the same number.
+///         subtracted, so that the number is the one that users of the program know.
 [[nodiscard]] std::int32_t shownWaitSeconds(std::int64_t startMinute, std::int64_t now);
 
 /// Returns 2 to 4 seconds after the minute has begun.

@@ -14,7 +14,7 @@ namespace marrowbench {
 /// @param path       with or without a trailing "/"; fewer than 2 characters count as done
 /// @param recursive  makes the missing parents first
 /// @return true when the folder existed or was made here. False also when another client made it
-///         between the test and the call, so callers look again before they give up.
+///         between the test and the call, so a failure is no reason to stop.
 bool createFolder(const FixedString& path, bool recursive);
 
 /// Makes sure that the folder of a file exists, making at most two missing levels.

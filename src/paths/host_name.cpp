@@ -7,7 +7,8 @@
 namespace marrowbench {
 
 FixedString hostNameFrom(std::string_view rawName) {
-  const FixedString name = rawName.substr(0, rawName.find('.', 1));
+  const std::size_t dot = rawName.find('.');
+  const FixedString name = dot == 0 ? rawName : rawName.substr(0, dot);
   if (name.isEmpty() || equalsIgnoreCase(name.view(), "localhost")) return "NoHostNameSet_";
   return name;
 }

@@ -7,9 +7,9 @@
 
 namespace marrowbench {
 
-/// The name under which a client reports, from the system's host name: cut at the first "." after
-/// the first character. An empty name and "localhost" in any case give "NoHostNameSet_", so that
-/// unnamed machines show in the table.
+/// The name under which a client reports, from the system's host name: cut at the first ".". A
+/// name that begins with "." is not cut. An empty name and "localhost" in any case give
+/// "NoHostNameSet_", so that unnamed machines show in the table.
 [[nodiscard]] FixedString hostNameFrom(std::string_view rawName);
 
 /// hostNameFrom() of this machine; a failing system call counts as an empty name.

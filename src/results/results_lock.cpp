@@ -15,8 +15,8 @@ namespace {
 
 constexpr std::int32_t kPauseMs = 250;
 
-// Server and clients may disagree about the time; three hours is more than any time zone mistake
-// between neighbours.
+// The age is the server's time of creation against the client's clock: the margin absorbs what
+// their clocks differ by.
 constexpr std::int64_t kStaleSeconds = 10800;
 
 // The two kinds of call take copies of different length. It matters only for a name of 250

@@ -19,8 +19,9 @@ class ResultsLock {
   ResultsLock& operator=(const ResultsLock&) = delete;
   ~ResultsLock();
 
-  /// Tries to take the lock: looks up to timeoutMs / 250 times, at least once, 250 ms apart,
-  /// whether it is free. A lock file of more than 10,800 s is then taken over.
+  /// Tries to take the lock, which this object must not hold: looks up to timeoutMs / 250 times, at
+  /// least once, 250 ms apart, whether it is free. A lock file of more than 10,800 s is then taken
+  /// over.
   ///
   /// Prints nothing. It always ends: when a name can't be created although it seems to be free, the
   /// client sleeps between the attempts and gives up after as many as it would have looked.

@@ -15,9 +15,7 @@ std::uint32_t nextRandom(std::uint64_t& state) {
 }  // namespace
 
 std::uint64_t testDataSeed(std::int32_t configIndex, std::int32_t iteration) {
-  const std::uint32_t seed =
-      static_cast<std::uint32_t>(configIndex) * 1333U + static_cast<std::uint32_t>(iteration);
-  return static_cast<std::uint64_t>(static_cast<std::int32_t>(seed));
+  return static_cast<std::uint64_t>(std::int64_t{configIndex} * 1333 + iteration);
 }
 
 void fillTestData(std::span<std::byte> data, std::uint64_t seed) {

@@ -7,8 +7,7 @@
 
 namespace marrowbench {
 
-/// The generator's seed for one run: configIndex * 1333 + iteration, in wrapping 32-bit arithmetic,
-/// widened with its sign.
+/// The generator's seed for one run: configIndex * 1333 + iteration, in 64 bits.
 [[nodiscard]] std::uint64_t testDataSeed(std::int32_t configIndex, std::int32_t iteration);
 
 /// Fills `data` with the bytes of a write test: 1 to 254, never 0 or 255, so that a zero byte in a

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 
 #include "paths/folders.h"
 #include "paths/log_line.h"
@@ -92,7 +93,6 @@ void TestRunner::transfer(std::int32_t iteration) {
 
 void TestRunner::transferMemory(TestType type, std::int32_t iteration) {
   if (sharedMemoryBuffer == nullptr) {
-    result.parameters.nullPosition = -1;
     result.allocateFailed(memoryError);
     return;
   }

@@ -22,7 +22,7 @@ class TestRunner {
                   const std::int32_t& configIndex);
 
  private:
-  TestRunner(TestConfig& testConfig, std::byte*& memory, const std::int32_t& index)
+  TestRunner(TestConfig& testConfig, std::byte*& memory, std::int32_t index)
       : config(testConfig), sharedMemoryBuffer(memory), configIndex(index) {}
 
   bool runAll();
@@ -45,7 +45,7 @@ class TestRunner {
 
   TestConfig& config;
   std::byte*& sharedMemoryBuffer;
-  const std::int32_t& configIndex;
+  const std::int32_t configIndex;
   int memoryError = 0;      // errno of the allocation, while there is no buffer
   std::int64_t dataMs = 0;  // data time of all iterations
   _fileGLobal result;       // the latest run; only its statistics are reset between iterations

@@ -70,8 +70,8 @@ void validate(TestConfig& config) {
 
   validateForMethod(config.method, p, type);
 
-  const bool isRead = type == TestType::read && config.method != Method::system;
-  if (isRead || p.chunkSize == 0) p.flush = false;
+  const bool writesNothing = type == TestType::read && config.method != Method::system;
+  if (writesNothing || p.chunkSize == 0) p.flush = false;
   if (p.chunkSize == 0) {
     p.chunkWait = 0;
     p.stats.waitMs = 0;

@@ -14,9 +14,6 @@ namespace marrowbench {
 /// Room for test lines in one settings file.
 inline constexpr std::int32_t kMaxTestLines = 200;
 
-/// The largest file that is written or read: 1 GiB, the size of the shared memory buffer.
-inline constexpr std::int32_t kMaxFileSize = 1073741824;
-
 /// How a test does its file work.
 enum class Method : std::int32_t {
   posix = 0,   ///< file descriptors
@@ -26,7 +23,7 @@ enum class Method : std::int32_t {
   winApi = 4,  ///< runs nothing; no settings line gives it
 };
 
-enum class TestType { copy, read, write };
+enum class TestType : std::int32_t { copy = 0, read = 1, write = 2 };
 
 /// One network interface of this client. All empty: adapters are not asked for.
 struct NetworkInterface {

@@ -48,6 +48,11 @@ class BasicFixedString {
     assignText(slot(), bytes);
   }
 
+  /// 8-bit strings only: the low byte of every character.
+  void assignNarrowed(std::u16string_view wide) requires(std::is_same_v<Char, char>) {
+    assignText(slot(), wide);
+  }
+
   /// Adds what still fits; the rest is dropped.
   BasicFixedString& append(View text) {
     appendText(slot(), text);
@@ -74,14 +79,14 @@ class BasicFixedString {
     marrowbench::replaceCharIgnoreCase(slot(), from, to);
   }
 
-  [[nodiscard]] bool isEmpty() const { return head_.length == 0; }
-  [[nodiscard]] bool isNotEmpty() const { return head_.length != 0; }
-  [[nodiscard]] std::size_t length() const { return head_.length; }
+  [[nodiscard]] bool isEmpty() const { return head.length == 0; }
+  [[nodiscard]] bool isNotEmpty() const { return head.length != 0; }
+  [[nodiscard]] std::size_t length() const { return head.length; }
   [[nodiscard]] static constexpr std::size_t capacity() { return Capacity; }
-  [[nodiscard]] View view() const { return {text_, head_.length}; }
+  [[nodiscard]] View view() const { return {storage, head.length}; }
   operator View() const { return view(); }
   /// The characters followed by a NUL.
-  [[nodiscard]] const Char* c_str() const { return text_; }
+  [[nodiscard]] const Char* c_str() const { return storage; }
 
   friend bool operator==(const BasicFixedString& a, const BasicFixedString& b) {
     return a.view() == b.view();
@@ -93,10 +98,10 @@ class BasicFixedString {
       sizeof(Char) == 1 ? Capacity + 1 + (Capacity + 1) % 2 : Capacity + 1;
   static_assert(Capacity < 65536);
 
-  TextSlot<Char> slot() { return {text_, &head_.length, Capacity}; }
+  TextSlot<Char> slot() { return {storage, &head.length, Capacity}; }
 
-  FixedStringHead<Char> head_;
-  Char text_[kStorage] = {};
+  FixedStringHead<Char> head;
+  Char storage[kStorage] = {};
 };
 
 /// Paths, names, messages, error texts.
@@ -124,7 +129,7 @@ static_assert(std::has_unique_object_representations_v<LineString>);
 template <std::size_t Capacity>
 [[nodiscard]] BasicFixedString<char, Capacity> narrowedText(std::u16string_view wide) {
   BasicFixedString<char, Capacity> result;
-  for (const char16_t c : wide.substr(0, Capacity)) result.append(narrowed(c));
+  result.assignNarrowed(wide);
   return result;
 }
 

@@ -7,6 +7,10 @@ namespace {
 
 constexpr std::size_t kLongestPattern = 500;
 
+std::size_t keptLength(std::size_t sourceLength, std::size_t capacity) {
+  return std::min<std::size_t>(sourceLength % 65536, capacity);
+}
+
 // Sets the length and restores the zero tail, so that equal values are equal bytes.
 template <class Char>
 void setLength(TextSlot<Char> slot, std::size_t length) {
@@ -45,18 +49,19 @@ bool equalsUpperCased(std::basic_string_view<Char> a, std::basic_string_view<Cha
 
 }  // namespace
 
-std::size_t keptLength(std::size_t sourceLength, std::size_t capacity) {
-  return std::min<std::size_t>(sourceLength % 65536, capacity);
-}
-
 void assignText(TextSlot<char> slot, std::string_view source) { assignSame(slot, source); }
 void assignText(TextSlot<char16_t> slot, std::u16string_view source) { assignSame(slot, source); }
 
 void assignText(TextSlot<char16_t> slot, std::string_view source) {
-  const std::size_t length = keptLength(source.size(), slot.capacity);
-  std::transform(source.begin(), source.begin() + static_cast<std::ptrdiff_t>(length), slot.text,
-                 widened);
-  setLength(slot, length);
+  const std::string_view kept = source.substr(0, keptLength(source.size(), slot.capacity));
+  std::transform(kept.begin(), kept.end(), slot.text, widened);
+  setLength(slot, kept.size());
+}
+
+void assignText(TextSlot<char> slot, std::u16string_view source) {
+  const std::u16string_view kept = source.substr(0, keptLength(source.size(), slot.capacity));
+  std::transform(kept.begin(), kept.end(), slot.text, narrowed);
+  setLength(slot, kept.size());
 }
 
 void appendText(TextSlot<char> slot, std::string_view source) { appendSame(slot, source); }

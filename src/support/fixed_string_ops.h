@@ -32,11 +32,6 @@ namespace marrowbench {
   return static_cast<char>(static_cast<unsigned char>(c & 0xFF));
 }
 
-/// The characters that a source of `sourceLength` leaves in a string of `capacity`:
-/// min(sourceLength modulo 65,536, capacity). The length field has 16 bits and is filled
-/// before the limit is applied, so a source of 65,537 characters leaves 1.
-[[nodiscard]] std::size_t keptLength(std::size_t sourceLength, std::size_t capacity);
-
 /// The writable parts of one fixed-capacity string.
 template <class Char>
 struct TextSlot {
@@ -45,12 +40,15 @@ struct TextSlot {
   std::size_t capacity;   ///< the most characters it may hold
 };
 
-/// Replaces the content by the first keptLength() characters of `source` and zeroes the rest.
-/// `source` may lie inside the slot.
+/// Replaces the content by the first min(length modulo 65,536, capacity) characters of `source` and
+/// zeroes the rest. The length field has 16 bits and is filled before the limit is applied, so a
+/// source of 65,537 characters leaves 1. `source` may lie inside the slot.
 void assignText(TextSlot<char> slot, std::string_view source);
 void assignText(TextSlot<char16_t> slot, std::u16string_view source);
 /// As above, every byte widened() to one 16-bit character.
 void assignText(TextSlot<char16_t> slot, std::string_view source);
+/// As above, of every character the narrowed() byte.
+void assignText(TextSlot<char> slot, std::u16string_view source);
 
 /// Appends as much of `source` as fits. `source` may lie inside the slot.
 void appendText(TextSlot<char> slot, std::string_view source);

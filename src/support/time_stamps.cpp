@@ -22,7 +22,7 @@ constexpr std::array kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
 
 ShortText shortStamp(std::int64_t t) {
   const std::tm at = localTime(t);
-  std::array<char, 251> text{};
+  std::array<char, ShortText::capacity() + 1> text{};
   (void)std::snprintf(text.data(), text.size(), "%02d.%02d. %02d:%02d.%02d", at.tm_mon + 1,
                       at.tm_mday, at.tm_hour, at.tm_min, at.tm_sec);
   return text.data();
@@ -33,7 +33,7 @@ ShortText dateText(std::int64_t t) {
   if (t == 0) return "-.-";
   const std::tm at = localTime(t);
   const auto month = static_cast<std::size_t>(std::clamp(at.tm_mon, 0, 11));
-  std::array<char, 251> text{};
+  std::array<char, ShortText::capacity() + 1> text{};
   (void)std::snprintf(text.data(), text.size(), "%s %02d. %02d:%02d.%02d", kMonths.at(month),
                       at.tm_mday, at.tm_hour, at.tm_min, at.tm_sec);
   return text.data();
@@ -42,7 +42,7 @@ ShortText dateText(std::int64_t t) {
 ShortText fileStamp(std::int64_t t) {
   if (t == 0) return "000000_000";
   const std::tm at = localTime(t);
-  std::array<char, 251> text{};
+  std::array<char, ShortText::capacity() + 1> text{};
   (void)std::snprintf(text.data(), text.size(), "%02d%02d_%02d%02d%01d", at.tm_mon + 1, at.tm_mday,
                       at.tm_hour, at.tm_min, at.tm_sec / 10);
   return text.data();

@@ -5,9 +5,10 @@
 
 #include "support/system_clock.h"
 
-// The clock of marrowbench_fast, the program as its users run it but with time MARROWBENCH_CLOCK_SPEED
-// (60) times as fast: a wait for the start minute takes about a second. Programs that are started
-// with the same MARROWBENCH_CLOCK_START (microseconds since the epoch) agree about the time.
+// The clock of marrowbench_fast, the program as its users run it but with time
+// MARROWBENCH_CLOCK_SPEED (60) times as fast: a wait for the start minute takes about a second.
+// Programs that are started with the same MARROWBENCH_CLOCK_START (microseconds since the epoch)
+// agree about the time.
 namespace marrowbench {
 namespace {
 

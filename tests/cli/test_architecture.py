@@ -77,6 +77,13 @@ def test_only_the_seam_asks_for_the_system():
     assert asking == []
 
 
+def test_the_locale_is_left_alone():
+    # Figures have the C locale's form on every client.
+    setting = [name_of(path) for path in files()
+               if re.search(r"setlocale|std::locale|imbue", path.read_text())]
+    assert setting == []
+
+
 def test_files_stay_small():
     sizes = {name_of(path): len(path.read_text().splitlines()) for path in files()}
     budget = {".cpp": 300, ".h": 150}
