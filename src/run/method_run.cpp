@@ -36,6 +36,7 @@ void runOn(const Values& values, _fileGLobal& result) {
   } catch (const std::bad_alloc&) {
     // A file stream allocates its own buffer when it opens. The tests that follow still run.
     result.allocateFailed(ENOMEM);
+    result.parameters.nullPosition = -1;
   }
 }
 

@@ -80,7 +80,7 @@ def test_only_the_seam_asks_for_the_system():
 def test_the_locale_is_left_alone():
     # Figures have the C locale's form on every client.
     setting = [name_of(path) for path in files()
-               if re.search(r"setlocale|std::locale|imbue", path.read_text())]
+               if re.search(r"setlocale|std::locale\b|imbue", path.read_text())]
     assert setting == []
 
 

@@ -4,7 +4,12 @@
 
 namespace marrowbench {
 
-std::int64_t systemSeconds() { return test::fakeClock().seconds(); }
+std::int64_t systemSeconds() {
+  test::FakeClock& clock = test::fakeClock();
+  const std::int64_t reading = clock.seconds();
+  clock.now += clock.secondsPerReading * 1'000'000;
+  return reading;
+}
 
 std::int64_t systemMilliseconds() {
   test::FakeClock& clock = test::fakeClock();

@@ -15,6 +15,8 @@ struct FakeClock {
   std::vector<std::uint32_t> sleeps;
   /// Milliseconds by which each reading in milliseconds moves the clock on, after the reading.
   std::int64_t msPerReading = 0;
+  /// Seconds by which each reading in seconds moves the clock on, after the reading.
+  std::int64_t secondsPerReading = 0;
   /// Runs at the end of every sleep: what other clients do meanwhile.
   std::function<void()> duringSleep;
 

@@ -1,6 +1,7 @@
 #ifndef MARROWBENCH_TESTS_FAKES_SCRIPTED_METHODS_H
 #define MARROWBENCH_TESTS_FAKES_SCRIPTED_METHODS_H
 
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -16,8 +17,9 @@ struct MethodScript {
   bool preallocateBefore = true;  ///< answers
   bool preallocateAfter = true;
   bool opens = true;
-  int failingTransfer = -1;   ///< the transfer (0 for the first) that fails
-  unsigned char fill = 0x41;  ///< what a transfer into memory leaves there
+  int failingTransfer = -1;    ///< the transfer (0 for the first) that fails
+  unsigned char fill = 0x41;   ///< what a transfer into memory leaves there
+  int firstNullTransfer = -1;  ///< the first transfer (0 for the first) that leaves zeros instead
   int transfers = 0;
 
   bool preallocate(bool afterOpen) {
@@ -28,12 +30,17 @@ struct MethodScript {
     log.emplace_back("open");
     return opens;
   }
-  void close() { log.emplace_back("close"); }
+  void close() {
+    log.emplace_back("close");
+    errno = EBADF;  // Whoever needs an earlier errno has taken it.
+  }
   bool transfer(std::byte* memory, std::int32_t length, bool fillsMemory) {
     log.push_back((memory == nullptr ? "whole " : "transfer ") + std::to_string(length));
-    if (transfers++ == failingTransfer) return false;
+    const int number = transfers++;
+    if (number == failingTransfer) return false;
+    const bool leavesNulls = firstNullTransfer >= 0 && number >= firstNullTransfer;
     if (memory != nullptr && fillsMemory && length > 0) {
-      std::memset(memory, fill, static_cast<std::size_t>(length));
+      std::memset(memory, leavesNulls ? 0 : fill, static_cast<std::size_t>(length));
     }
     return true;
   }

@@ -156,6 +156,19 @@ TYPED_TEST(CopyMethod, ClosesWhatIsOpenWhenDestroyed) {
   EXPECT_EQ(this->dest(), "0123456789");
 }
 
+// What a buffer still holds is written by the close, so the close has to come before the buffer
+// goes.
+TYPED_TEST(CopyMethod, WritesItsBufferOutWhenDestroyed) {
+  this->values.parameters.systemBuffer = 1;
+  this->values.parameters.chunkSize = 512;
+  {
+    TypeParam method(this->values);
+    ASSERT_TRUE(method.open());
+    EXPECT_TRUE(this->transfer(method, 10));
+  }
+  EXPECT_EQ(this->dest(), "0123456789");
+}
+
 TYPED_TEST(CopyMethod, ClosesAtMostOnce) {
   TypeParam method(this->values);
   method.close();

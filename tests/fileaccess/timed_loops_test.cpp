@@ -242,6 +242,12 @@ TEST_F(RunCopy, FindsTheFirstChunkThatEndsInNulls) {
   }
 }
 
+TEST_F(RunCopy, CountsTheNullPositionFromTheStartOfTheFile) {
+  method.script.firstNullTransfer = 1;
+  EXPECT_TRUE(runCopy(method));
+  EXPECT_EQ(method.parameters.nullPosition, 2 * 4096 - 300);
+}
+
 TEST_F(RunCopy, KeepsTheLowHalfOfALargeSize) {
   const struct {
     std::int64_t size;
@@ -440,6 +446,13 @@ TEST_F(RunRead, FindsTheFirstChunkThatEndsInNulls) {
   method.parameters.chunkSize = 300;
   EXPECT_TRUE(runReadWrite(method));
   EXPECT_EQ(method.parameters.nullPosition, 0);
+}
+
+TEST_F(RunRead, CountsTheNullPositionFromTheStartOfTheFile) {
+  method.isRead = true;
+  method.script.firstNullTransfer = 1;
+  EXPECT_TRUE(runReadWrite(method));
+  EXPECT_EQ(method.parameters.nullPosition, 2 * method.parameters.chunkSize - 300);
 }
 
 TEST_F(RunRead, LooksForNullsAfterASingleTransfer) {

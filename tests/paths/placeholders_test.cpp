@@ -81,6 +81,7 @@ TEST_F(ExpandPlaceholders, NumbersMayBeNegative) {
 
 TEST_F(ExpandPlaceholders, DateIsTheSameThroughoutACall) {
   test::fakeClock().setSeconds(1'709'646'458);  // 5 March 2024, 13:47:38 UTC
+  test::fakeClock().secondsPerReading = 60;
   EXPECT_EQ(expanded("[date]/[DATE]"), "0305_13473/0305_13473");
 }
 

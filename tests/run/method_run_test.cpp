@@ -7,6 +7,7 @@
 #include <string>
 
 #include "fakes/fake_clock.h"
+#include "fakes/scarce_memory.h"
 #include "fileaccess/error_text.h"
 #include "helpers/temp_folder.h"
 
@@ -119,6 +120,20 @@ TEST_F(MethodRun, CopiesTheOutcomeBackAndLeavesTheConfiguration) {
   EXPECT_EQ(stats.chunks, 2);
   EXPECT_EQ(config.parameters.parameters.stats.files, 0);
   EXPECT_EQ(config.parameters.errorText.view(), "ERROR: of the settings line");
+}
+
+TEST_F(MethodRun, ReportsThatAStreamFoundNoMemory) {
+  config.method = Method::stream;
+  config.parameters.parameters.systemBuffer = -1;  // the stream's own buffer, made by its open
+  result.parameters.nullPosition = 0;              // of the iteration before
+  {
+    const test::ScarceMemory scarce(512);
+    runCopyTest(config, source, dest, result);
+  }
+  EXPECT_EQ(result.errorText,
+            composeError("Unable to allocate memory buffer! ", std::strerror(ENOMEM)));
+  EXPECT_EQ(result.parameters.nullPosition, -1);
+  EXPECT_EQ(result.parameters.stats.files, 0);
 }
 
 }  // namespace

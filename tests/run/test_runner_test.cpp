@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -253,6 +255,23 @@ TEST_F(TestRun, ReportsThatThereIsNoMemory) {
   EXPECT_FALSE(test::exists(config.destTemplate));
   EXPECT_EQ(memory, nullptr);
   EXPECT_TRUE(result);
+}
+
+TEST_F(TestRun, AllocatesMemoryOnceForAllTests) {
+  config.iterations = 0;
+  config.destTemplate = folder.file("out.bin");
+  std::byte* const before = memory;
+  run();
+  EXPECT_EQ(memory, before) << "there was one";
+
+  memory = nullptr;
+  run();
+  const std::unique_ptr<std::byte, decltype(&std::free)> allocated(memory, &std::free);
+  ASSERT_NE(allocated, nullptr) << "also without iterations, and after tests that had none";
+  run();
+  EXPECT_EQ(memory, allocated.get());
+  // Both ends of 1 GiB; nothing in between is touched.
+  *memory = *(memory + kMaxFileSize - 1) = std::byte{1};
 }
 
 TEST_F(TestRun, TellsWhereNullsWereFound) {
