@@ -48,15 +48,11 @@ void runCopyTest(const TestConfig& config, const FixedString& source, const Fixe
   values.sourcePath = source;
   values.destPath = dest;
   switch (config.method) {
-    case Method::stream:
-      return runOn<_fileCopy_stream>(values, result);
-    case Method::ansiC:
-      return runOn<_fileCopy_FILE>(values, result);
-    case Method::posix:
-      return runOn<_fileCopy_fd>(values, result);
+    case Method::stream: return runOn<_fileCopy_stream>(values, result);
+    case Method::ansiC: return runOn<_fileCopy_FILE>(values, result);
+    case Method::posix: return runOn<_fileCopy_fd>(values, result);
     case Method::system:
-    case Method::winApi:
-      return;
+    case Method::winApi: return;
   }
 }
 
@@ -67,15 +63,11 @@ void runReadWriteTest(const TestConfig& config, const FixedString& path, std::by
   values.isRead = isRead;
   values.path = path;
   switch (config.method) {
-    case Method::stream:
-      return runOn<_fileReadWriteBuffer_stream>(values, result);
-    case Method::ansiC:
-      return runOn<_fileReadWriteBuffer_FILE>(values, result);
-    case Method::posix:
-      return runOn<_fileReadWriteBuffer_fd>(values, result);
+    case Method::stream: return runOn<_fileReadWriteBuffer_stream>(values, result);
+    case Method::ansiC: return runOn<_fileReadWriteBuffer_FILE>(values, result);
+    case Method::posix: return runOn<_fileReadWriteBuffer_fd>(values, result);
     case Method::system:
-    case Method::winApi:
-      return;
+    case Method::winApi: return;
   }
 }
 

@@ -1,7 +1,7 @@
 #include "run/result_table.h"
 
-#include <array>
 #include <clocale>
+#include <iterator>
 #include <string>
 
 #include "run/summary_line.h"
@@ -13,142 +13,112 @@ namespace {
 
 struct Run {
   const TestConfig& config;
-  const ParameterBlock& parameters;
-  _fileGLobal& result;
+  const ParameterBlock& p;
+  const FixedString& error;
+  std::int64_t nullPosition;
+  RunStats& stats;
 };
 
 struct Column {
   const char* header;
-  void (*appendCell)(TextBuffer& row, const Run& run);
+  FixedString (*cell)(const Run& run);
 };
 
-void appendNumber(TextBuffer& row, std::int64_t value) { row.append(std::to_string(value)); }
+FixedString number(std::int64_t value) { return std::to_string(value).c_str(); }
 
-void appendPath(TextBuffer& row, const FixedString& path) {
-  row.append(path.isEmpty() ? "MEMORY" : path.view());
+FixedString pathOrMemory(const FixedString& path) { return path.isEmpty() ? "MEMORY" : path; }
+
+FixedString methodName(const Run& run) {
+  switch (run.config.method) {
+    case Method::posix: return "Posix";
+    case Method::system: return "System";
+    case Method::stream: return "Stream";
+    case Method::ansiC: return "AnsiC";
+    case Method::winApi: return "WinApi";
+  }
+  return {};
 }
 
-const char* methodName(Method method) {
-  switch (method) {
-    case Method::posix:
-      return "Posix";
-    case Method::system:
-      return "System";
-    case Method::stream:
-      return "Stream";
-    case Method::ansiC:
-      return "AnsiC";
-    case Method::winApi:
-      return "WinApi";
+FixedString typeName(const Run& run) {
+  switch (testTypeOf(run.config.source, run.config.dest)) {
+    case TestType::copy: return "Copy";
+    case TestType::read: return "Read";
+    case TestType::write: return "Write";
   }
-  return "";
+  return {};
 }
 
-const char* typeName(TestType type) {
-  switch (type) {
-    case TestType::copy:
-      return "Copy";
-    case TestType::read:
-      return "Read";
-    case TestType::write:
-      return "Write";
-  }
-  return "";
+FixedString nullPosition(const Run& run) {
+  return run.nullPosition == -1 ? FixedString() : number(run.nullPosition);
 }
 
 // A cell of interface `Index` is empty unless the client has that many interfaces.
-template <std::int32_t Index>
-const NetworkInterface* interfaceOf(const Run& run) {
-  return run.config.interfaceCount > Index ? &run.config.interfaces.at(Index) : nullptr;
+template <std::int32_t Index, class Cell>
+FixedString ofInterface(const Run& run, Cell cell) {
+  if (run.config.interfaceCount <= Index) return {};
+  return cell(run.config.interfaces.at(Index));
 }
 
 template <std::int32_t Index>
-void appendInterfaceName(TextBuffer& row, const Run& run) {
-  if (const auto* nic = interfaceOf<Index>(run)) row.append(nic->name);
+FixedString interfaceName(const Run& run) {
+  return ofInterface<Index>(run, [](const NetworkInterface& nic) { return nic.name.view(); });
 }
 
 template <std::int32_t Index>
-void appendInterfaceAddress(TextBuffer& row, const Run& run) {
-  if (const auto* nic = interfaceOf<Index>(run)) row.append(formatNetworkAddress(nic->address));
+FixedString interfaceAddress(const Run& run) {
+  return ofInterface<Index>(
+      run, [](const NetworkInterface& nic) { return formatNetworkAddress(nic.address); });
 }
 
 // Bits per second to MiB per second: 8 * 1,048,576 is 2 to the power of 23.
 template <std::int32_t Index>
-void appendInterfaceSpeed(TextBuffer& row, const Run& run) {
-  if (const auto* nic = interfaceOf<Index>(run)) appendNumber(row, nic->bitsPerSecond >> 23);
+FixedString interfaceSpeed(const Run& run) {
+  return ofInterface<Index>(
+      run, [](const NetworkInterface& nic) { return number(nic.bitsPerSecond >> 23); });
 }
 
 template <std::int32_t Index>
-void appendInterfaceMtu(TextBuffer& row, const Run& run) {
-  if (const auto* nic = interfaceOf<Index>(run)) appendNumber(row, nic->mtu);
+FixedString interfaceMtu(const Run& run) {
+  return ofInterface<Index>(run, [](const NetworkInterface& nic) { return number(nic.mtu); });
 }
 
-constexpr std::array kColumns = {
-    Column{"Date", [](TextBuffer& row, const Run&) { row.append(dateText(currentSeconds())); }},
-    Column{"Method",
-           [](TextBuffer& row, const Run& r) { row.append(methodName(r.config.method)); }},
-    Column{"Type",
-           [](TextBuffer& row, const Run& r) {
-             row.append(typeName(testTypeOf(r.config.source, r.config.dest)));
-           }},
-    Column{"Flush",
-           [](TextBuffer& row, const Run& r) { row.append(r.parameters.flush ? "flush" : ""); }},
-    Column{
-        "PreAllocate",
-        [](TextBuffer& row, const Run& r) { row.append(r.parameters.prealloc ? "prealloc" : ""); }},
-    Column{"Chunk Wait",
-           [](TextBuffer& row, const Run& r) { appendNumber(row, r.parameters.chunkWait); }},
-    Column{"Chunk Size",
-           [](TextBuffer& row, const Run& r) { appendNumber(row, r.parameters.chunkSize); }},
-    Column{"Chunk Size KiB",
-           [](TextBuffer& row, const Run& r) { appendNumber(row, r.parameters.chunkSize / 1024); }},
-    Column{"System Buffer",
-           [](TextBuffer& row, const Run& r) { appendNumber(row, r.parameters.systemBuffer); }},
-    Column{"Filesize KiB",
-           [](TextBuffer& row, const Run& r) { appendNumber(row, r.parameters.fileSize / 1024); }},
-    Column{"Iterations",
-           [](TextBuffer& row, const Run& r) { appendNumber(row, r.config.iterations); }},
-    Column{"Empty SystemCache Mode",
-           [](TextBuffer& row, const Run& r) { appendNumber(row, r.parameters.emptyCacheMode); }},
-    Column{"Source", [](TextBuffer& row, const Run& r) { appendPath(row, r.config.source); }},
-    Column{"Source IP",
-           [](TextBuffer& row, const Run& r) {
-             row.append(formatNetworkAddress(r.config.sourceAddress));
-           }},
-    Column{"Dest", [](TextBuffer& row, const Run& r) { appendPath(row, r.config.dest); }},
-    Column{"Dest IP", [](TextBuffer& row,
-                         const Run& r) { row.append(formatNetworkAddress(r.config.destAddress)); }},
-    Column{"Error", [](TextBuffer& row, const Run& r) { row.append(r.result.errorText); }},
-    Column{"Zero test",
-           [](TextBuffer& row, const Run& r) {
-             const std::int64_t position = r.result.parameters.nullPosition;
-             if (position != -1) appendNumber(row, position);
-           }},
-    Column{"Time ms", [](TextBuffer& row,
-                         const Run& r) { appendNumber(row, r.result.parameters.stats.dataMs); }},
-    Column{"Time KiB/s",
-           [](TextBuffer& row, const Run& r) {
-             appendNumber(row, kibPerSecond(r.result.parameters.stats));
-           }},
-    Column{"Copy Speed %",
-           [](TextBuffer& row,
-              const Run&
-                  r) { appendNumber(row, roundedCopySpeedPercent(r.result.parameters.stats)); }},
-    Column{"NICa", appendInterfaceName<0>},
-    Column{"NICa IP", appendInterfaceAddress<0>},
-    Column{"NICa speed MiB/s", appendInterfaceSpeed<0>},
-    Column{"NICa MTU", appendInterfaceMtu<0>},
-    Column{"NICb", appendInterfaceName<1>},
-    Column{"NICb IP", appendInterfaceAddress<1>},
-    Column{"NICb speed MiB/s", appendInterfaceSpeed<1>},
-    Column{"NICb MTU", appendInterfaceMtu<1>},
-    Column{"NICc", appendInterfaceName<2>},
-    Column{"NICc IP", appendInterfaceAddress<2>},
-    Column{"NICc speed MiB/s", appendInterfaceSpeed<2>},
-    Column{"NICc MTU", appendInterfaceMtu<2>},
+constexpr Column kColumns[] = {
+    {"Date", [](const Run&) { return FixedString(dateText(currentSeconds()).view()); }},
+    {"Method", methodName},
+    {"Type", typeName},
+    {"Flush", [](const Run& r) { return FixedString(r.p.flush ? "flush" : ""); }},
+    {"PreAllocate", [](const Run& r) { return FixedString(r.p.prealloc ? "prealloc" : ""); }},
+    {"Chunk Wait", [](const Run& r) { return number(r.p.chunkWait); }},
+    {"Chunk Size", [](const Run& r) { return number(r.p.chunkSize); }},
+    {"Chunk Size KiB", [](const Run& r) { return number(r.p.chunkSize / 1024); }},
+    {"System Buffer", [](const Run& r) { return number(r.p.systemBuffer); }},
+    {"Filesize KiB", [](const Run& r) { return number(r.p.fileSize / 1024); }},
+    {"Iterations", [](const Run& r) { return number(r.config.iterations); }},
+    {"Empty SystemCache Mode", [](const Run& r) { return number(r.p.emptyCacheMode); }},
+    {"Source", [](const Run& r) { return pathOrMemory(r.config.source); }},
+    {"Source IP", [](const Run& r) { return formatNetworkAddress(r.config.sourceAddress); }},
+    {"Dest", [](const Run& r) { return pathOrMemory(r.config.dest); }},
+    {"Dest IP", [](const Run& r) { return formatNetworkAddress(r.config.destAddress); }},
+    {"Error", [](const Run& r) { return r.error; }},
+    {"Zero test", nullPosition},
+    {"Time ms", [](const Run& r) { return number(r.stats.dataMs); }},
+    {"Time KiB/s", [](const Run& r) { return number(kibPerSecond(r.stats)); }},
+    {"Copy Speed %", [](const Run& r) { return number(roundedCopySpeedPercent(r.stats)); }},
+    {"NICa", interfaceName<0>},
+    {"NICa IP", interfaceAddress<0>},
+    {"NICa speed MiB/s", interfaceSpeed<0>},
+    {"NICa MTU", interfaceMtu<0>},
+    {"NICb", interfaceName<1>},
+    {"NICb IP", interfaceAddress<1>},
+    {"NICb speed MiB/s", interfaceSpeed<1>},
+    {"NICb MTU", interfaceMtu<1>},
+    {"NICc", interfaceName<2>},
+    {"NICc IP", interfaceAddress<2>},
+    {"NICc speed MiB/s", interfaceSpeed<2>},
+    {"NICc MTU", interfaceMtu<2>},
 };
 
-static_assert(kColumns.size() == 33);
+static_assert(std::size(kColumns) == 33);
 
 }  // namespace
 
@@ -158,12 +128,13 @@ char tableSeparator() {
 }
 
 ResultLines buildResultLines(const TestConfig& config, _fileGLobal& result, char separator) {
-  const Run run{config, config.parameters.parameters, result};
+  ParameterBlock& outcome = result.parameters;
+  const Run run{config, config.parameters.parameters, result.errorText, outcome.nullPosition,
+                outcome.stats};
   ResultLines lines;
   for (const Column& column : kColumns) {
     lines.header.append(column.header).append(separator);
-    column.appendCell(lines.row, run);
-    lines.row.append(separator);
+    lines.row.append(column.cell(run)).append(separator);
   }
   lines.header.append('\n');
   lines.row.append('\n');

@@ -47,16 +47,11 @@ void validateAnsiC(ParameterBlock& p, TestType type) {
 
 void validateForMethod(Method method, ParameterBlock& p, TestType type) {
   switch (method) {
-    case Method::posix:
-      return validatePosix(p, type, 1);
-    case Method::winApi:
-      return validatePosix(p, type, 2);
-    case Method::system:
-      return validateSystem(p);
-    case Method::stream:
-      return validateStream(p);
-    case Method::ansiC:
-      return validateAnsiC(p, type);
+    case Method::posix: return validatePosix(p, type, 1);
+    case Method::winApi: return validatePosix(p, type, 2);
+    case Method::system: return validateSystem(p);
+    case Method::stream: return validateStream(p);
+    case Method::ansiC: return validateAnsiC(p, type);
   }
   p.prealloc = false;
 }

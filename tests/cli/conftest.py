@@ -3,9 +3,9 @@
 import os
 import pathlib
 import re
-import shutil
 import subprocess
 import sys
+import tempfile
 import time
 
 import pytest
@@ -76,16 +76,17 @@ class Bench:
 
 
 @pytest.fixture
-def bench(tmp_path):
-    folder = tmp_path / "bench"
-    folder.mkdir()
-    bench = Bench(folder)
-    yield bench
-    for process in bench.started:
-        if process.poll() is None:
-            process.kill()
-            process.wait()
-    shutil.rmtree(tmp_path, ignore_errors=True)
+def bench():
+    # pytest's own tmp_path would keep the folders of the last runs.
+    with tempfile.TemporaryDirectory(prefix="marrowbench_cli_") as temporary:
+        folder = pathlib.Path(temporary).resolve() / "bench"
+        folder.mkdir()
+        bench = Bench(folder)
+        yield bench
+        for process in bench.started:
+            if process.poll() is None:
+                process.kill()
+                process.wait()
 
 
 def wait_until(condition, seconds=60):

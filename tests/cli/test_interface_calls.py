@@ -92,8 +92,7 @@ def test_streams_left_alone_read_by_the_librarys_buffer(bench):
 
 def test_stream_buffer_of_a_large_chunk_takes_it_whole(bench):
     reads, _ = copy_calls(bench, "stream", 1, 8)
-    # With stdio below, a block goes through its buffer and the rest of the chunk in one piece.
-    assert max(size for _, size in reads) == (4 if LIBCXX else 8) * KIB
+    assert max(size for _, size in reads) == 8 * KIB
     assert sum(size for _, size in reads) == FILE_KIB * KIB
 
 
