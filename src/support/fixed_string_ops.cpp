@@ -124,7 +124,7 @@ bool endsWithIgnoreCase(std::string_view text, std::string_view pattern) {
 }
 
 std::int32_t findIgnoreCase(std::string_view text, std::string_view pattern, std::size_t start) {
-  if (pattern.empty()) return -1;
+  if (pattern.empty() || start > text.size()) return -1;
   for (std::size_t i = start; i + pattern.size() <= text.size(); ++i) {
     if (equalsIgnoreCase(text.substr(i, pattern.size()), pattern)) {
       return static_cast<std::int32_t>(i);

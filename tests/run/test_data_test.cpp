@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <random>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -69,6 +71,64 @@ TEST(FillTestData, FillsNothingElse) {
   Bytes data(8, std::byte{0xFF});
   fillTestData({data.data() + 2, 3}, 1);
   EXPECT_EQ(hex(data), "ffffbe9dc8ffffff");
+}
+
+// Every way to fill that this machine has, against the plain loop.
+class FillPaths : public testing::TestWithParam<FillPath> {
+ protected:
+  void SetUp() override {
+    if (!canFill(GetParam())) GTEST_SKIP() << "this processor does not have it";
+  }
+
+  // Fills as many bytes from `start` on, between guards, and compares.
+  static void expectTheSame(const Bytes& expected, std::size_t start, std::uint64_t seed) {
+    constexpr std::byte kGuard{0};
+    Bytes data(start + expected.size() + 1, kGuard);
+    const std::span<std::byte> filled = std::span(data).subspan(start, expected.size());
+    fillTestData(filled, seed, GetParam());
+    EXPECT_TRUE(std::equal(expected.begin(), expected.end(), filled.begin()))
+        << "size " << expected.size() << ", start " << start << ", seed " << seed;
+    EXPECT_EQ(data.back(), kGuard);
+    EXPECT_TRUE(start == 0 || data[start - 1] == kGuard);
+  }
+
+  static Bytes plain(std::size_t size, std::uint64_t seed) {
+    Bytes data(size);
+    fillTestData(data, seed, FillPath::byteLoop);
+    return data;
+  }
+};
+
+TEST_P(FillPaths, FillEverySmallSizeAlike) {
+  Bytes expected = plain(4096, 7);
+  for (; !expected.empty(); expected.pop_back()) expectTheSame(expected, 0, 7);
+  expectTheSame(expected, 0, 7);
+}
+
+TEST_P(FillPaths, FillLargeSizesAndUnalignedStartsAlike) {
+  std::mt19937 random(1);
+  for (std::size_t start = 0; start < 64; start += 3) {
+    expectTheSame(plain(4097 + random() % 300'000, start), start, start);
+  }
+}
+
+TEST_P(FillPaths, FillAlikeForEverySeed) {
+  std::mt19937_64 random(2);
+  std::vector<std::uint64_t> seeds = {0, 1, ~std::uint64_t{0}};
+  for (int i = 0; i < 300; ++i) seeds.push_back(random());
+  for (const std::uint64_t seed : seeds) expectTheSame(plain(5000, seed), 1, seed);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, FillPaths,
+                         testing::Values(FillPath::byteLoop, FillPath::scalarLanes,
+                                         FillPath::vector256, FillPath::vector512));
+
+TEST(FastestFillPath, IsTheWidestThatIsThere) {
+  EXPECT_TRUE(canFill(fastestFillPath()));
+  EXPECT_TRUE(canFill(FillPath::scalarLanes));
+  EXPECT_EQ(fastestFillPath() == FillPath::vector512, canFill(FillPath::vector512));
+  EXPECT_EQ(fastestFillPath() == FillPath::scalarLanes,
+            !canFill(FillPath::vector256) && !canFill(FillPath::vector512));
 }
 
 }  // namespace
