@@ -47,8 +47,8 @@ void fillLanes(std::byte* data, std::size_t length, std::uint64_t* states) {
   constexpr std::uint64_t kInverse = 2164392969;  // m
   const Words inverse = Words{} + kInverse;
 
-  // place[i] moves byte 4 of every lane, the lowest of its high half, to byte i and clears the
-  // rest.
+  // place[i], used in the i-th of eight steps, moves byte 4 of every lane, the lowest of its high
+  // half, to byte i and clears the rest.
   Words place[kSteps];
   for (std::size_t i = 0; i < kSteps; ++i) {
     for (std::size_t word = 0; word < kWords; ++word) {
@@ -61,7 +61,7 @@ void fillLanes(std::byte* data, std::size_t length, std::uint64_t* states) {
   std::memcpy(state, states, sizeof state);
   for (std::size_t offset = 0; offset < length; offset += kSteps) {
     Words bytes[kVectors] = {};
-    for (std::size_t i = 0; i < kSteps; ++i) {
+    for (const Words& to : place) {
       for (std::size_t v = 0; v < kVectors; ++v) {
         Words s = state[v];
         s ^= s >> 12;
@@ -71,7 +71,7 @@ void fillLanes(std::byte* data, std::size_t length, std::uint64_t* states) {
         const Words p = s * kFactor;
         const Halves quotient = reinterpret_cast<Halves>(Isa::multiplyLow(p >> 33, inverse)) >> 6;
         const Halves sum = reinterpret_cast<Halves>(p) + quotient + quotient;
-        bytes[v] |= Isa::shuffleBytes(reinterpret_cast<Words>(sum), place[i]);
+        bytes[v] |= Isa::shuffleBytes(reinterpret_cast<Words>(sum), to);
       }
     }
     for (std::size_t v = 0; v < kVectors; ++v) {

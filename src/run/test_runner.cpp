@@ -1,7 +1,9 @@
 #include "run/test_runner.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -17,6 +19,7 @@
 #include "run/test_data.h"
 #include "support/clock.h"
 #include "support/file_status.h"
+#include "support/present_memory.h"
 
 namespace marrowbench {
 namespace {
@@ -97,13 +100,17 @@ void TestRunner::transferMemory(TestType type, std::int32_t iteration) {
     return;
   }
   const bool isRead = type == TestType::read;
-  const std::int32_t size = config.parameters.parameters.fileSize;
-  if (!isRead && size > 0) {
-    fillTestData({sharedMemoryBuffer, static_cast<std::size_t>(size)},
-                 testDataSeed(configIndex, iteration));
-  }
-  runReadWriteTest(config, expanded(isRead ? config.source : config.dest, iteration),
-                   sharedMemoryBuffer, isRead, result);
+  const FixedString path = expanded(isRead ? config.source : config.dest, iteration);
+  const std::span<std::byte> memory(sharedMemoryBuffer, bytesInMemory(path, isRead));
+  makePresent(memory.data(), memory.size());
+  if (!isRead) fillTestData(memory, testDataSeed(configIndex, iteration));
+  runReadWriteTest(config, path, sharedMemoryBuffer, isRead, result);
+}
+
+std::size_t TestRunner::bytesInMemory(const FixedString& path, bool isRead) const {
+  std::int64_t size = config.parameters.parameters.fileSize;
+  if (isRead) (void)fileStatus(path, nullptr, &size);
+  return static_cast<std::size_t>(std::clamp<std::int64_t>(size, 0, kMaxFileSize));
 }
 
 void TestRunner::printRow(const FixedString& label, const FixedString& text1,

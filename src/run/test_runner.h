@@ -33,6 +33,7 @@ class TestRunner {
   void provideMemory();
   void transfer(std::int32_t iteration);
   void transferMemory(TestType type, std::int32_t iteration);
+  [[nodiscard]] std::size_t bytesInMemory(const FixedString& path, bool isRead) const;
 
   void printRow(const FixedString& label, const FixedString& text1 = {},
                 const FixedString& text2 = {}, const FixedString& text3 = {},

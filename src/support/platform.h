@@ -21,6 +21,13 @@ enum class Reservation : std::int32_t {
 /// @return true when the space is reserved; false with errno set when the system refuses.
 [[nodiscard]] bool reserveSpace(int descriptor, Reservation kind, std::int64_t length);
 
+/// Makes pages of memory present, large ones where the system offers them. Their content stays.
+///
+/// @param memory  memory of the process that may be written to
+/// @param size    bytes, not 0; the pages at both ends are taken whole
+/// @return false when the system has no such request or refuses it
+[[nodiscard]] bool populatePages(std::byte* memory, std::size_t size);
+
 /// The system's text for an errno code.
 ///
 /// @param code  any value

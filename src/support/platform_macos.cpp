@@ -16,6 +16,8 @@ bool reserveSpace(int descriptor, Reservation kind, std::int64_t length) {
   return fcntl(descriptor, F_PREALLOCATE, &request) != -1;
 }
 
+bool populatePages(std::byte* /*memory*/, std::size_t /*size*/) { return false; }
+
 bool systemErrorText(int code, char* text, std::size_t size) {
   // The POSIX form: an unknown code is reported by the result (EINVAL).
   return strerror_r(code, text, size) == 0;

@@ -16,6 +16,11 @@ bool reserveSpace(int descriptor, Reservation kind, std::int64_t length) {
   return answer == 0;
 }
 
+bool populatePages(std::byte* memory, std::size_t size) {
+  test::fakePlatform().populated.push_back({memory, size});
+  return test::fakePlatform().populates;
+}
+
 bool systemErrorText(int code, char* text, std::size_t size) {
   const auto& texts = test::fakePlatform().errorTexts;
   const auto scripted = texts.find(code);

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "fakes/fake_clock.h"
+#include "fakes/fake_platform.h"
 #include "fileaccess/system_limits.h"
 #include "helpers/printed.h"
 #include "helpers/temp_folder.h"
@@ -272,6 +273,22 @@ TEST_F(TestRun, AllocatesMemoryOnceForAllTests) {
   EXPECT_EQ(memory, allocated.get());
   // Both ends of 1 GiB; nothing in between is touched.
   *memory = *(memory + kMaxFileSize - 1) = std::byte{1};
+}
+
+TEST_F(TestRun, MakesTheMemoryThatATestTouchesPresentAndNoMore) {
+  config.destTemplate = folder.file("out.bin");
+  run();
+  config.sourceTemplate = folder.file("in.bin");
+  config.destTemplate = "";
+  test::writeFile(config.sourceTemplate, std::string(5000, 'x'));
+  run();
+  config.sourceTemplate = folder.file("missing.bin");
+  run();
+  const auto& populated = test::fakePlatform().populated;
+  ASSERT_EQ(populated.size(), 2U);
+  EXPECT_EQ(populated[0].memory, memory);
+  EXPECT_EQ(populated[0].size, 8192U) << "the file size of the write test";
+  EXPECT_EQ(populated[1].size, 5000U) << "the size of the file to read";
 }
 
 TEST_F(TestRun, TellsWhereNullsWereFound) {
