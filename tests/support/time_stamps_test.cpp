@@ -69,7 +69,7 @@ TEST(FileStamp, TimeZeroIsAllZeros) {
 }
 
 TEST(TimeStamps, AreInLocalTime) {
-  const TimeZone zone("XXX-3:30");
+  const TimeZone zone("TST-3:30");
   EXPECT_EQ(shortStamp(kNovember).view(), "11.21. 02:51.05");
   EXPECT_EQ(dateText(kNovember).view(), "Nov 21. 02:51.05");
   EXPECT_EQ(fileStamp(kNovember).view(), "1121_02510");
