@@ -16,8 +16,8 @@ inline constexpr std::uint64_t kFactor = 0x2545F4914F6CDD1D;
 struct LaneFill {
   int lanes;  ///< 0: there is no such way here
   /// @param length  bytes of a stripe, a multiple of 8
-  /// @param states  the generator's state before each stripe; receives the states behind them
-  void (*fill)(std::byte* data, std::size_t length, std::uint64_t* states);
+  /// @param states  the generator's state before each stripe
+  void (*fill)(std::byte* data, std::size_t length, const std::uint64_t* states);
 };
 
 /// The vector code of this build, as far as the processor has what it needs.
@@ -38,7 +38,7 @@ struct LaneFill {
 ///              shuffleBytes(a, from), byte i of every 16 being a's byte from[i], 0 for from[i] >
 ///              127
 template <class Isa>
-void fillLanes(std::byte* data, std::size_t length, std::uint64_t* states) {
+void fillLanes(std::byte* data, std::size_t length, const std::uint64_t* states) {
   using Words = typename Isa::Words;
   using Halves = typename Isa::Halves;
   constexpr std::size_t kWords = sizeof(Words) / 8;
@@ -83,7 +83,6 @@ void fillLanes(std::byte* data, std::size_t length, std::uint64_t* states) {
       }
     }
   }
-  std::memcpy(states, state, sizeof state);
 }
 
 }  // namespace marrowbench
