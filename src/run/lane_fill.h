@@ -24,44 +24,37 @@ struct LaneFill {
 [[nodiscard]] LaneFill laneFill256();
 [[nodiscard]] LaneFill laneFill512();
 
-/// LaneFill::fill for vectors of the compiler's, two at a time so that one
-/// computes while the other waits for its results.
+/// LaneFill::fill for vectors of the compiler's, two at a time so that one computes while the other
+/// waits for its results.
 ///
-/// With p = state * factor and x the high half of p, the byte is (x mod 254) + 1. As 254 = 256 - 2,
-/// that is (x + 2 * (x div 254) + 1) mod 256, and x div 254 = (x >> 1) div 127, which is
-/// ((x >> 1) * m) >> 38 with m = ceil(2^38 / 127): m * 127 exceeds 2^38 by 119, and 119 * 2^31 is
-/// below 2^38, so the quotient is exact for every 31-bit x >> 1. The sum is made in the high half
-/// of each lane, where x stands already; 32-bit additions keep the low halves out of it.
+/// With p = state * factor and x the high half of p, the byte is (x mod 254) + 1. As 256 = 254 + 2,
+/// x has the same remainder as d = b0 + 2 b1 + 4 b2 + 8 b3, where b0 to b3 are the bytes of x. And
+/// as 254 = 256 - 2, d mod 254 = (d + 2 (d div 254)) mod 256. d is at most 15 * 255 = 3825, so
+/// d div 254 = (d * m) >> 23 with m = ceil(2^23 / 254): m * 254 exceeds 2^23 by 250, and 250 * 3825
+/// is below 2^23.
 ///
-/// @tparam Isa  Words and Halves, vectors of 64-bit and 32-bit lanes; multiplyLow(a, b), the 64-bit
-/// products of the lanes' low halves;
-///              shuffleBytes(a, from), byte i of every 16 being a's byte from[i], 0 for from[i] >
-///              127
+/// Eight steps make the eight bytes of a store. Step i shares a lane with step i + 4 (a half each),
+/// then with step i + 2 (a quarter each), then with step i + 1 (a byte each): in the order of a
+/// little-endian word, and the fewer vectors, the less there is to compute.
+///
+/// @tparam Isa  Words and Quarters: vectors of 64-bit and 16-bit lanes;
+///              join(low, high): the even halves of `low`, the odd ones of `high`;
+///              digitSum(x): d of each half;
+///              multiplyHigh(a, b): the high 16 bits of the products of the quarters
 template <class Isa>
 void fillLanes(std::byte* data, std::size_t length, const std::uint64_t* states) {
   using Words = typename Isa::Words;
-  using Halves = typename Isa::Halves;
+  using Quarters = typename Isa::Quarters;
   constexpr std::size_t kWords = sizeof(Words) / 8;
   constexpr std::size_t kVectors = 2;
   constexpr std::size_t kSteps = 8;
-  constexpr std::uint64_t kInverse = 2164392969;  // m
-  const Words inverse = Words{} + kInverse;
-
-  // place[i], used in the i-th of eight steps, moves byte 4 of every lane, the lowest of its high
-  // half, to byte i and clears the rest.
-  Words place[kSteps];
-  for (std::size_t i = 0; i < kSteps; ++i) {
-    for (std::size_t word = 0; word < kWords; ++word) {
-      const std::uint64_t from = word % 2 == 0 ? 4 : 12;
-      place[i][word] = (0x8080808080808080 & ~(0xFFULL << (8 * i))) | from << (8 * i);
-    }
-  }
+  const Quarters inverse = Quarters{} + 33027;  // m
 
   Words state[kVectors];
   std::memcpy(state, states, sizeof state);
   for (std::size_t offset = 0; offset < length; offset += kSteps) {
-    Words bytes[kVectors] = {};
-    for (const Words& to : place) {
+    Words x[kVectors][kSteps / 2];
+    for (std::size_t step = 0; step < kSteps; ++step) {
       for (std::size_t v = 0; v < kVectors; ++v) {
         Words s = state[v];
         s ^= s >> 12;
@@ -69,16 +62,23 @@ void fillLanes(std::byte* data, std::size_t length, const std::uint64_t* states)
         s ^= s >> 27;
         state[v] = s;
         const Words p = s * kFactor;
-        const Halves quotient = reinterpret_cast<Halves>(Isa::multiplyLow(p >> 33, inverse)) >> 6;
-        const Halves sum = reinterpret_cast<Halves>(p) + quotient + quotient;
-        bytes[v] |= Isa::shuffleBytes(reinterpret_cast<Words>(sum), to);
+        Words& shared = x[v][step % 4];
+        shared = step < 4 ? p >> 32 : Isa::join(shared, p);
       }
     }
     for (std::size_t v = 0; v < kVectors; ++v) {
+      Words d[kSteps / 2];
+      for (std::size_t i = 0; i < kSteps / 2; ++i) d[i] = Isa::digitSum(x[v][i]);
+      const auto even = reinterpret_cast<Quarters>(d[0] | d[2] << 16);
+      const auto odd = reinterpret_cast<Quarters>(d[1] | d[3] << 16);
+      const Quarters evenTimes = Isa::multiplyHigh(even, inverse) >> 7;
+      const Quarters oddTimes = Isa::multiplyHigh(odd, inverse) >> 7;
+      const Quarters evenBytes = (even + evenTimes + evenTimes) & 0xFF;
+      const Quarters oddBytes = (odd + oddTimes + oddTimes) << 8;
       // No byte is above 253 yet, so nothing carries into its neighbour.
-      bytes[v] += 0x0101010101010101;
+      const Words bytes = reinterpret_cast<Words>(evenBytes | oddBytes) + 0x0101010101010101;
       for (std::size_t word = 0; word < kWords; ++word) {
-        const std::uint64_t eight = bytes[v][word];
+        const std::uint64_t eight = bytes[word];
         std::memcpy(data + (v * kWords + word) * length + offset, &eight, sizeof eight);
       }
     }

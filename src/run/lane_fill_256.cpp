@@ -9,15 +9,20 @@ namespace {
 
 struct Avx2 {
   using Words = std::uint64_t __attribute__((vector_size(32)));
-  using Halves = std::uint32_t __attribute__((vector_size(32)));
+  using Quarters = std::uint16_t __attribute__((vector_size(32)));
 
-  static Words multiplyLow(Words a, Words b) {
+  static Words join(Words low, Words high) {
     return reinterpret_cast<Words>(
-        _mm256_mul_epu32(reinterpret_cast<__m256i>(a), reinterpret_cast<__m256i>(b)));
+        _mm256_blend_epi32(reinterpret_cast<__m256i>(low), reinterpret_cast<__m256i>(high), 0xAA));
   }
-  static Words shuffleBytes(Words a, Words from) {
-    return reinterpret_cast<Words>(
-        _mm256_shuffle_epi8(reinterpret_cast<__m256i>(a), reinterpret_cast<__m256i>(from)));
+  static Words digitSum(Words x) {
+    const __m256i pairs =
+        _mm256_maddubs_epi16(reinterpret_cast<__m256i>(x), _mm256_set1_epi32(0x08040201));
+    return reinterpret_cast<Words>(_mm256_madd_epi16(pairs, _mm256_set1_epi16(1)));
+  }
+  static Quarters multiplyHigh(Quarters a, Quarters b) {
+    return reinterpret_cast<Quarters>(
+        _mm256_mulhi_epu16(reinterpret_cast<__m256i>(a), reinterpret_cast<__m256i>(b)));
   }
 };
 

@@ -3,22 +3,26 @@
 #include "run/lane_fill.h"
 
 // This file alone is compiled for processors with AVX-512 F, BW and DQ, so it includes nothing
-// whose inline functions others might share. The masks select all lanes: without one, g++ 12 warns
-// about a variable of its own header.
+// whose inline functions others might share.
 namespace marrowbench {
 namespace {
 
 struct Avx512 {
   using Words = std::uint64_t __attribute__((vector_size(64)));
-  using Halves = std::uint32_t __attribute__((vector_size(64)));
+  using Quarters = std::uint16_t __attribute__((vector_size(64)));
 
-  static Words multiplyLow(Words a, Words b) {
-    return reinterpret_cast<Words>(
-        _mm512_maskz_mul_epu32(0xFF, reinterpret_cast<__m512i>(a), reinterpret_cast<__m512i>(b)));
+  static Words join(Words low, Words high) {
+    return reinterpret_cast<Words>(_mm512_mask_blend_epi32(0xAAAA, reinterpret_cast<__m512i>(low),
+                                                           reinterpret_cast<__m512i>(high)));
   }
-  static Words shuffleBytes(Words a, Words from) {
-    return reinterpret_cast<Words>(_mm512_maskz_shuffle_epi8(~0ULL, reinterpret_cast<__m512i>(a),
-                                                             reinterpret_cast<__m512i>(from)));
+  static Words digitSum(Words x) {
+    const __m512i pairs =
+        _mm512_maddubs_epi16(reinterpret_cast<__m512i>(x), _mm512_set1_epi32(0x08040201));
+    return reinterpret_cast<Words>(_mm512_madd_epi16(pairs, _mm512_set1_epi16(1)));
+  }
+  static Quarters multiplyHigh(Quarters a, Quarters b) {
+    return reinterpret_cast<Quarters>(
+        _mm512_mulhi_epu16(reinterpret_cast<__m512i>(a), reinterpret_cast<__m512i>(b)));
   }
 };
 
