@@ -12,18 +12,22 @@ FILE_KIB = 40
 LIBCXX = os.environ["MARROWBENCH_STREAMS"] == "libc++"
 
 
-def calls(bench, line, watched):
-    """The sizes that were read from and written to the watched files, in order."""
+def traced(bench, line, *options):
+    """What strace saw, a line for each call."""
     (bench.folder / "source.bin").write_bytes(b"x" * FILE_KIB * KIB)
     path = bench.settings(line)
     trace = bench.folder / "trace.txt"
     # Leaks can't be looked for under a tracer.
     environment = os.environ | {"ASAN_OPTIONS": "detect_leaks=0"}
-    subprocess.run(["strace", "-y", "-e", "trace=read,readv,write,writev,fallocate,ftruncate",
-                    "-o", trace, bench.program, path],
+    subprocess.run(["strace", "-y", *options, "-o", trace, bench.program, path],
                    check=True, capture_output=True, env=environment)
+    return trace.read_text(errors="replace").splitlines()
+
+
+def calls(bench, line, watched):
+    """The sizes that were read from and written to the watched files, in order."""
     seen = {name: [] for name in watched}
-    for text in trace.read_text(errors="replace").splitlines():
+    for text in traced(bench, line, "-e", "trace=read,readv,write,writev,fallocate,ftruncate"):
         match = re.match(r"(\w+)\(\d+<([^>]*)>.* = (-?\d+)", text)
         if match and match[2].rsplit("/", 1)[-1] in watched:
             kind = {"readv": "read", "writev": "write"}.get(match[1], match[1])
@@ -132,3 +136,55 @@ def test_preallocation_comes_before_the_first_write(bench):
         pytest.skip("this file system refuses preallocation")
     assert seen == [("fallocate", 0), ("ftruncate", 0), ("write", 16384), ("write", 16384),
                     ("write", 8192)]
+
+
+def all_calls(bench, line):
+    """Every call from the first byte read from or written to the test's files to the last one."""
+    found = []
+    for text in traced(bench, line):
+        match = re.match(r"(\w+)\((?:\d+<([^>]*)>)?.*\) += (\S+)", text)
+        if match:
+            found.append((match[1], (match[2] or "").rsplit("/", 1)[-1], match[3]))
+    moving = [i for i, (kind, file, _) in enumerate(found)
+              if kind in ("read", "write", "writev") and file in ("source.bin", "dest.bin")]
+    return found[moving[0]:moving[-1] + 1]
+
+
+def reads(size_kib):
+    return [("read", "source.bin", str(size_kib * KIB))]
+
+
+def writes(size_kib, call="write"):
+    return [(call, "dest.bin", str(size_kib * KIB))]
+
+
+# stdio looks at a file before it buffers it: a terminal would be buffered by lines. What it holds
+# back at first goes out with the next chunk, whole blocks of it.
+LOOK = [("newfstatat", "dest.bin", "0")]
+STDIO_WRITES = writes(8) + writes(4) * 8
+STREAM_CALLS = {
+    "libstdc++": ((reads(8) + writes(8, "writev")) * 5, reads(8) * 5, writes(8, "writev") * 5),
+    "libc++": (reads(4) * 2 + LOOK + writes(4) + (reads(4) * 2 + writes(4) * 2) * 4
+               + [("lseek", "source.bin", str(FILE_KIB * KIB)), ("close", "source.bin", "0")]
+               + writes(4), reads(4) * 10, writes(4) * 10),
+}[os.environ["MARROWBENCH_STREAMS"]]
+
+
+@pytest.mark.parametrize("method, buffer, copy, read, write", [
+    ("posix", 0, (reads(8) + writes(8)) * 5, reads(8) * 5, writes(8) * 5),
+    ("ansic", 0, (reads(8) + writes(8)) * 5, reads(8) * 5, STDIO_WRITES),
+    ("ansic", -1, reads(8) + LOOK + writes(8) + (reads(8) + writes(4) * 2) * 4, reads(8) * 5,
+     STDIO_WRITES),
+    ("ansic", 1, reads(8) + writes(8) + (reads(8) * 2 + writes(8) * 2) * 2, reads(8) * 5,
+     STDIO_WRITES),
+    ("stream", 0, *STREAM_CALLS),
+])
+def test_only_the_interfaces_own_calls_lie_between_first_and_last_byte(
+        bench, method, buffer, copy, read, write):
+    if os.environ["MARROWBENCH_SANITIZE"] == "1":
+        pytest.skip("the sanitizers make calls of their own")
+    settings = f"{method};0;0;0;8;{buffer};{FILE_KIB};1;0;"
+    assert all_calls(bench, f"{settings}source.bin;dest.bin;;;false") == copy
+    assert all_calls(bench, f"{settings}source.bin;MEMORY;;;false") == read
+    (bench.folder / "dest.bin").unlink()
+    assert all_calls(bench, f"{settings}MEMORY;dest.bin;;;false") == write
