@@ -5,21 +5,25 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 
+#include "fileaccess/malloc_block.h"
+#include "run/method_run.h"
 #include "support/present_memory.h"
 
-// The calls of a Posix test and nothing else: what the program's own speed is compared with.
+// Compares Posix tests with the same calls and nothing else, in turns and on the same memory.
 //
-//   bench_bare_loop TIMES read|write CHUNK FILE BYTES
-//   bench_bare_loop TIMES read-block CHUNK FILE BYTES   every chunk into the same memory
-//   bench_bare_loop TIMES copy CHUNK SOURCE DEST
+//   bench_bare_loop SAMPLES read|write CHUNK FILE BYTES
+//   bench_bare_loop SAMPLES copy CHUNK SOURCE DEST
+//   bench_bare_loop SAMPLES read-block CHUNK FILE BYTES
 //
-// Prints the milliseconds of TIMES transfers, each from the look at the file to the last close;
-// status 1: a call failed.
+// Prints a line for each sample: the milliseconds that five tests report, and those of five bare
+// loops, each from the look at the file to the last close. read-block: the milliseconds of bare
+// loops into memory for the whole file, and into the memory of one chunk. Status 1: a call failed.
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -84,36 +88,89 @@ void copyAll(const char* from, const char* to, std::size_t chunk) {
   close(dest);
 }
 
+struct Arguments {
+  std::size_t chunk;
+  const char* path;
+  const char* last;
+};
+
+double reported(const marrowbench::_fileGLobal& result) {
+  if (result.errorText.isNotEmpty()) std::fputs(result.errorText.c_str(), stderr);
+  require(result.errorText.isEmpty(), "test");
+  return static_cast<double>(result.parameters.stats.dataMs);
+}
+
 template <class Transfer>
-void time(int times, Transfer transfer) {
+double timed(Transfer transfer) {
   const auto start = Clock::now();
-  for (int i = 0; i < times; ++i) transfer();
-  const std::chrono::duration<double, std::milli> passed = Clock::now() - start;
-  std::printf("%.3f\n", passed.count());
+  transfer();
+  return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+// Calls both in turns, so that what the machine does meanwhile hits them alike.
+template <class First, class Second>
+void printSamples(int samples, First first, Second second) {
+  constexpr int kTimes = 5;
+  for (int sample = 0; sample < samples; ++sample) {
+    double firstMs = 0;
+    double secondMs = 0;
+    for (int i = 0; i < kTimes; ++i) {
+      firstMs += first();
+      secondMs += second();
+    }
+    std::printf("%.3f %.3f\n", firstMs, secondMs);
+  }
+}
+
+marrowbench::TestConfig posixTest(std::size_t chunk) {
+  marrowbench::TestConfig config;
+  config.method = marrowbench::Method::posix;
+  config.parameters.parameters.chunkSize = static_cast<std::int32_t>(chunk);
+  return config;
+}
+
+void compareCopies(int samples, const Arguments& a) {
+  const marrowbench::TestConfig config = posixTest(a.chunk);
+  const auto ours = [&] {
+    marrowbench::_fileGLobal result;
+    runCopyTest(config, a.path, a.last, result);
+    return reported(result);
+  };
+  printSamples(samples, ours, [&] { return timed([&] { copyAll(a.path, a.last, a.chunk); }); });
+}
+
+void compareWithMemory(int samples, const std::string& kind, const Arguments& a) {
+  const std::size_t size = std::strtoull(a.last, nullptr, 10);
+  const auto block = marrowbench::mallocBlock<std::byte>(static_cast<std::int32_t>(size));
+  require(block != nullptr, "malloc");
+  std::byte* const memory = block.get();
+  marrowbench::makePresent(memory, size);
+  std::memset(memory, 1, size);
+
+  marrowbench::TestConfig config = posixTest(a.chunk);
+  config.parameters.parameters.fileSize = static_cast<std::int32_t>(size);
+  const auto ours = [&] {
+    marrowbench::_fileGLobal result;
+    runReadWriteTest(config, a.path, memory, kind == "read", result);
+    return reported(result);
+  };
+  const auto reading = [&](std::size_t step) {
+    return timed([&] { readAll(a.path, a.chunk, memory, step); });
+  };
+  const auto writing = [&] { return timed([&] { writeAll(a.path, a.chunk, memory, size); }); };
+  if (kind == "write") return printSamples(samples, ours, writing);
+  const auto whole = [&] { return reading(a.chunk); };
+  if (kind == "read") return printSamples(samples, ours, whole);
+  printSamples(samples, whole, [&] { return reading(0); });
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   if (argc != 6) return 2;
-  const int times = std::atoi(argv[1]);
+  const int samples = std::atoi(argv[1]);
   const std::string kind = argv[2];
-  const std::size_t chunk = std::strtoull(argv[3], nullptr, 10);
-  const char* const path = argv[4];
-  if (kind == "copy") {
-    time(times, [&] { copyAll(path, argv[5], chunk); });
-    return 0;
-  }
-  const std::size_t size = std::strtoull(argv[5], nullptr, 10);
-  auto* memory = static_cast<std::byte*>(std::malloc(size));
-  require(memory != nullptr, "malloc");
-  marrowbench::makePresent(memory, size);
-  std::memset(memory, 1, size);
-  if (kind == "write") {
-    time(times, [&] { writeAll(path, chunk, memory, size); });
-  } else {
-    time(times, [&] { readAll(path, chunk, memory, kind == "read" ? chunk : 0); });
-  }
-  std::free(memory);
+  const Arguments arguments{std::strtoull(argv[3], nullptr, 10), argv[4], argv[5]};
+  kind == "copy" ? compareCopies(samples, arguments) : compareWithMemory(samples, kind, arguments);
   return 0;
 }

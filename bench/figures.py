@@ -4,7 +4,7 @@ import shutil
 import statistics
 from dataclasses import dataclass
 
-from programs import (GIB, KIB, MIB, Marrowbench, Unavailable, bare_loop_ms, dd_ms, fio_ms,
+from programs import (GIB, KIB, MIB, Marrowbench, Unavailable, bare_loop_pairs, dd_ms, fio_ms,
                       in_process, line, peak_kib, reported_times, tool, wall_ms)
 from samples import NO_TARGET, Figure, alternate, at_least, at_most, ratios
 
@@ -16,7 +16,6 @@ class Scale:
     """How much is measured."""
 
     rounds: int            # pairs of each comparison
-    bare_rounds: int       # the same for the bare C loop, from which we differ least
     times: int             # transfers of each of its processes: the first one is often slower
     file: int              # bytes of a compared transfer
     large: int             # bytes of the first and later reads
@@ -26,9 +25,9 @@ class Scale:
     tables: tuple          # bytes of the tables that rows are appended to
 
 
-FULL = Scale(rounds=15, bare_rounds=31, times=5, file=256 * MIB, large=GIB, fill=GIB, starts=100, iterations=1000,
+FULL = Scale(rounds=21, times=5, file=256 * MIB, large=GIB, fill=GIB, starts=100, iterations=1000,
              tables=(KIB, 100 * MIB, GIB))
-SMOKE = Scale(rounds=2, bare_rounds=2, times=2, file=8 * MIB, large=8 * MIB, fill=64 * KIB, starts=2, iterations=10,
+SMOKE = Scale(rounds=2, times=2, file=8 * MIB, large=8 * MIB, fill=64 * KIB, starts=2, iterations=10,
               tables=(KIB, MIB))
 
 
@@ -36,8 +35,9 @@ class Bench:
     """Where the programs and the folders are."""
 
     def __init__(self, build, memory, folder, scale):
-        self.build = build
         self.program = build / "marrowbench"
+        self.in_process = build / "bench/bench_in_process"
+        self.bare_loop = build / "bench/bench_bare_loop"
         self.memory = memory  # on a memory file system, or None
         self.folder = folder
         self.scale = scale
@@ -72,7 +72,7 @@ def fill(bench):
     figures = {path: Figure(f"test data, byte loop time / {path} time", at_least(target))
                for path, target in targets.items()}
     for _ in range(min(bench.scale.rounds, 7)):
-        _, runs = in_process(bench.build / "bench/bench_in_process", f"^fill/.*/{size}$")
+        _, runs = in_process(bench.in_process, f"^fill/.*/{size}$")
         for path, figure in figures.items():
             run = runs[f"fill/{path}/{size}"]
             if run.get("error_occurred"):
@@ -87,7 +87,7 @@ def loop_cost(bench):
                "loopOfCopy": "loop cost per chunk, copy"}
     figures = {key: Figure(name, at_most(25, "ns"), unit="ns") for key, name in figures.items()}
     for _ in range(bench.scale.rounds):
-        _, runs = in_process(bench.build / "bench/bench_in_process", "^loop", seconds=0.1)
+        _, runs = in_process(bench.in_process, "^loop", seconds=0.1)
         for key, figure in figures.items():
             figure.samples.append(1e9 / runs[key]["items_per_second"])
     return list(figures.values())
@@ -108,23 +108,17 @@ def first_read(bench):
 
 
 def against_bare_loop(bench):
-    size = bench.scale.file
-    program = bench.build / "bench/bench_bare_loop"
+    name = "bare C loop time / reported time"
     if bench.memory is None:
-        return [Figure("bare C loop time / reported time", at_least(0.98),
-                       skipped="no memory file system")]
-    ours, times = Marrowbench(bench.program, bench.memory), bench.scale.times
-    file, dest = filled(bench.memory / "file.bin", size), bench.memory / "dest.bin"
+        return [Figure(name, at_least(0.98), skipped="no memory file system")]
+    file, dest = filled(bench.memory / "file.bin", bench.scale.file), bench.memory / "dest.bin"
     figures = []
     for kind in ("read", "write", "copy"):
-        last = dest if kind == "copy" else size
+        last = dest if kind == "copy" else bench.scale.file
         for chunk, text in CHUNKS.items():
-            figures.append(comparison(
-                f"bare C loop time / reported time, memory, {kind}, {text}", at_least(0.98),
-                bench.scale.bare_rounds,
-                lambda: sum(ours.reported_ms(kind, file, dest=dest, chunk=chunk, size=size,
-                                             iterations=times)),
-                lambda: bare_loop_ms(program, times, kind, chunk, file, last)))
+            pairs = bare_loop_pairs(bench.bare_loop, bench.scale.rounds, kind, chunk, file, last)
+            figures.append(Figure(f"{name}, memory, {kind}, {text}", at_least(0.98),
+                                  [bare / max(reported, 1) for reported, bare in pairs]))
     return figures
 
 
@@ -151,15 +145,13 @@ def against_fio(bench):
 def one_block(bench):
     """What reading into one block over and over, as fio does, is worth: the block stays in the
     processor's cache, memory for a whole file does not."""
-    program = bench.build / "bench/bench_bare_loop"
-    size, times = bench.scale.file, bench.scale.times
+    size = bench.scale.file
     file = filled((bench.memory or bench.folder) / "file.bin", size)
-    return [comparison(
-        f"bare C loop, read, {text}: time into one block / into memory for the file", NO_TARGET,
-        bench.scale.rounds,
-        lambda: bare_loop_ms(program, times, "read", chunk, file, size),
-        lambda: bare_loop_ms(program, times, "read-block", chunk, file, size))
-        for chunk, text in CHUNKS.items()]
+    return [Figure(f"bare C loop, read, {text}: time into one block / into memory for the file",
+                   NO_TARGET,
+                   [block / whole for whole, block in bare_loop_pairs(
+                       bench.bare_loop, bench.scale.rounds, "read-block", chunk, file, size)])
+            for chunk, text in CHUNKS.items()]
 
 
 def against_dd(bench):

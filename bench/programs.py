@@ -87,11 +87,12 @@ def reported_times(table):
     return [float(row["Time ms"]) for row in rows]
 
 
-def bare_loop_ms(program, times, kind, chunk, file, last):
-    """bench_bare_loop: `last` is the bytes to transfer, for a copy the destination."""
-    done = subprocess.run([program, str(times), kind, str(chunk), file, str(last)], check=True,
-                          stdout=subprocess.PIPE, text=True)
-    return float(done.stdout)
+def bare_loop_pairs(program, samples, kind, chunk, file, last):
+    """Pairs of milliseconds from bench_bare_loop, the first of them thrown away; `last` is the bytes
+    to transfer, for a copy the destination."""
+    done = subprocess.run([program, str(samples + 1), kind, str(chunk), file, str(last)],
+                          check=True, stdout=subprocess.PIPE, text=True)
+    return [tuple(map(float, pair.split())) for pair in done.stdout.splitlines()][1:]
 
 
 def fio_ms(times, kind, chunk, file, size):

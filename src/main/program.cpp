@@ -14,6 +14,7 @@
 #include "run/test_runner.h"
 #include "support/clock.h"
 #include "support/console.h"
+#include "support/signal_hold.h"
 #include "support/time_stamps.h"
 
 namespace marrowbench {
@@ -92,6 +93,7 @@ class SettingsCycle {
 }  // namespace
 
 int runProgram(std::span<char* const> arguments) {
+  ignoreBrokenPipes();
   tzset();
   printBanner();
   const CommandLine commandLine = readCommandLine(arguments);

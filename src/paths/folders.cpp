@@ -42,8 +42,9 @@ bool provideFolderOf(const FixedString& filePath) {
   const FixedString folder = parentFolder(filePath);
   if (folderExists(folder)) return true;
   if (!folderExists(thirdParentFolder(filePath))) return false;
-  // Two clients may make the folder in the same moment; the one that comes second goes on too.
-  (void)createFolder(folder, true);
+  // Clients may make the folders in the same moment. Who comes second on the first of two levels
+  // still has the other one to make, and who comes second on that goes on too.
+  if (!createFolder(folder, true)) (void)createFolder(folder, true);
   return true;
 }
 

@@ -56,8 +56,7 @@ bool ResultsLock::acquire(int& timeoutMs, const WideFixedString& ownerText, int*
     if (!isFree && !removeIfStale()) return false;
     if (probeOnly) return true;
 
-    file = std::fopen(createName(name).c_str(), "wx");
-    if (file != nullptr) break;
+    if (create()) break;
     // EEXIST is another client that came first, and worth another look, unless a folder bears the
     // name. Without a sleep since the last EEXIST something else is wrong: the name is cut, it is a
     // dangling link, or the share shows old entries.
@@ -72,6 +71,17 @@ bool ResultsLock::acquire(int& timeoutMs, const WideFixedString& ownerText, int*
   }
   writeNote(ownerText);
   return true;
+}
+
+// Signals wait from before the file exists until it is deleted: nobody else would delete it.
+bool ResultsLock::create() {
+  interruptions.emplace();
+  file = std::fopen(createName(name).c_str(), "wx");
+  if (file != nullptr) return true;
+  const int code = errno;
+  interruptions.reset();
+  errno = code;
+  return false;
 }
 
 bool ResultsLock::waitUntilFree(int tries, int& count) const {
@@ -105,10 +115,12 @@ void ResultsLock::release() noexcept {
   if (file == nullptr) return;
   (void)std::fclose(file);
   file = nullptr;
-  if (unlink(createName(name).c_str()) == 0) return;
-  WideFixedString aside = name;
-  aside.append(u".none");
-  (void)moveFile(ageName(name), ageName(aside), true);
+  if (unlink(createName(name).c_str()) != 0) {
+    WideFixedString aside = name;
+    aside.append(u".none");
+    (void)moveFile(ageName(name), ageName(aside), true);
+  }
+  interruptions.reset();
 }
 
 bool moveFile(const FixedString& from, const FixedString& to, bool overwrite) {

@@ -3,13 +3,18 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <optional>
 
 #include "support/fixed_string.h"
+#include "support/signal_hold.h"
 
 namespace marrowbench {
 
 /// Makes the clients that append to one results file take turns, across machines, by a lock file
 /// beside it: created exclusively, kept open while the row is appended, then deleted.
+///
+/// While the lock is held SIGINT, SIGTERM and SIGHUP wait: a client that ends leaves no lock
+/// behind.
 ///
 /// The lock file is the results path with "_lock.txt" appended, cut at 250 characters.
 class ResultsLock {
@@ -40,12 +45,14 @@ class ResultsLock {
   void release() noexcept;
 
  private:
+  [[nodiscard]] bool create();
   [[nodiscard]] bool waitUntilFree(int tries, int& count) const;
   [[nodiscard]] bool removeIfStale() const;
   void writeNote(const WideFixedString& ownerText) const;
 
   WideFixedString name;
   std::FILE* file = nullptr;
+  std::optional<SignalHold> interruptions;  // while the lock is held
 };
 
 /// Renames a file.

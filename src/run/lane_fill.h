@@ -24,8 +24,7 @@ struct LaneFill {
 [[nodiscard]] LaneFill laneFill256();
 [[nodiscard]] LaneFill laneFill512();
 
-/// LaneFill::fill for vectors of the compiler's, two at a time so that one computes while the other
-/// waits for its results.
+/// LaneFill::fill for vectors of the compiler's.
 ///
 /// With p = state * factor and x the high half of p, the byte is (x mod 254) + 1. As 256 = 254 + 2,
 /// x has the same remainder as d = b0 + 2 b1 + 4 b2 + 8 b3, where b0 to b3 are the bytes of x. And
@@ -38,6 +37,7 @@ struct LaneFill {
 /// little-endian word, and the fewer vectors, the less there is to compute.
 ///
 /// @tparam Isa  Words and Quarters: vectors of 64-bit and 16-bit lanes;
+///              kVectors: how many are computed at a time, each waiting for its own results only;
 ///              join(low, high): the even halves of `low`, the odd ones of `high`;
 ///              digitSum(x): d of each half;
 ///              multiplyHigh(a, b): the high 16 bits of the products of the quarters
@@ -46,7 +46,7 @@ void fillLanes(std::byte* data, std::size_t length, const std::uint64_t* states)
   using Words = typename Isa::Words;
   using Quarters = typename Isa::Quarters;
   constexpr std::size_t kWords = sizeof(Words) / 8;
-  constexpr std::size_t kVectors = 2;
+  constexpr std::size_t kVectors = Isa::kVectors;
   constexpr std::size_t kSteps = 8;
   const Quarters inverse = Quarters{} + 33027;  // m
 

@@ -10,6 +10,7 @@ namespace {
 struct Avx2 {
   using Words = std::uint64_t __attribute__((vector_size(32)));
   using Quarters = std::uint16_t __attribute__((vector_size(32)));
+  static constexpr int kVectors = 2;
 
   static Words join(Words low, Words high) {
     return reinterpret_cast<Words>(
@@ -30,7 +31,7 @@ struct Avx2 {
 
 LaneFill laneFill256() {
   if (!__builtin_cpu_supports("avx2")) return {};
-  return {2 * sizeof(Avx2::Words) / 8, fillLanes<Avx2>};
+  return {Avx2::kVectors * sizeof(Avx2::Words) / 8, fillLanes<Avx2>};
 }
 
 }  // namespace marrowbench

@@ -7,12 +7,12 @@
 #include <string>
 #include <string_view>
 
+#include "fileaccess/error_text.h"
 #include "paths/folders.h"
 #include "paths/log_line.h"
 #include "paths/path_text.h"
 #include "paths/placeholders.h"
-#include "results/results_lock.h"
-#include "results/text_file_writer.h"
+#include "results/shared_table.h"
 #include "run/method_run.h"
 #include "run/result_table.h"
 #include "run/summary_line.h"
@@ -24,7 +24,6 @@
 namespace marrowbench {
 namespace {
 
-constexpr int kLockTimeoutMs = 10000;
 constexpr std::string_view kFolderMissing = "ERROR: Folder does not exists: ";
 
 }  // namespace
@@ -155,19 +154,13 @@ void TestRunner::appendResult() {
   const ResultLines lines = buildResultLines(config, result, tableSeparator());
   if (!provideFolderOf(path)) printRow(kFolderMissing, parentFolder(path));
 
-  WideFixedString widePath;
-  widePath.assignBytes(path);
-  ResultsLock lock(widePath);
-  int timeoutMs = kLockTimeoutMs;
-  if (!lock.acquire(timeoutMs, {}, nullptr, false)) {
-    printRow("ERROR: Unable to write excel file as it is still locked.", path);
-    return;
+  switch (appendToTable(path, lines.header, lines.row)) {
+    case TableAppend::written: return;
+    case TableAppend::locked:
+      return printRow("ERROR: Unable to write excel file as it is still locked.", path);
+    case TableAppend::failed:
+      return printRow("ERROR: Unable to write excel file '", path, "' ! ", errnoText(errno).view());
   }
-  // Under the lock: only one client finds no table and writes the header.
-  TextBuffer text;
-  if (!fileStatus(path)) text = lines.header;
-  text.append(lines.row);
-  (void)writeTextFile(path, text, false, false);
 }
 
 }  // namespace marrowbench

@@ -3,6 +3,7 @@
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -102,3 +103,11 @@ def own_host_names():
         return False
     probe = subprocess.run(["unshare", "--uts", "hostname", "probe"], capture_output=True)
     return probe.returncode == 0
+
+
+def needs_strace():
+    """Skips the test where no process may be traced."""
+    if shutil.which("strace") is None:
+        pytest.skip("needs strace")
+    if subprocess.run(["strace", "true"], capture_output=True).returncode != 0:
+        pytest.skip("strace may not trace here")

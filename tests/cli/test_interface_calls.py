@@ -2,10 +2,11 @@
 
 import os
 import re
-import shutil
 import subprocess
 
 import pytest
+
+from conftest import SANITIZED, needs_strace
 
 KIB = 1024
 FILE_KIB = 40
@@ -36,11 +37,8 @@ def calls(bench, line, watched):
 
 
 @pytest.fixture(autouse=True)
-def strace_is_there():
-    if shutil.which("strace") is None:
-        pytest.skip("needs strace")
-    if subprocess.run(["strace", "true"], capture_output=True).returncode != 0:
-        pytest.skip("strace may not trace here")
+def tools():
+    needs_strace()
 
 
 def chunks(kind, size_kib, total_kib=FILE_KIB):
@@ -181,7 +179,7 @@ STREAM_CALLS = {
 ])
 def test_only_the_interfaces_own_calls_lie_between_first_and_last_byte(
         bench, method, buffer, copy, read, write):
-    if os.environ["MARROWBENCH_SANITIZE"] == "1":
+    if SANITIZED:
         pytest.skip("the sanitizers make calls of their own")
     settings = f"{method};0;0;0;8;{buffer};{FILE_KIB};1;0;"
     assert all_calls(bench, f"{settings}source.bin;dest.bin;;;false") == copy

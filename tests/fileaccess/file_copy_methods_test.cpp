@@ -13,7 +13,7 @@
 
 #include "fakes/fake_platform.h"
 #include "fileaccess/error_text.h"
-#include "fileaccess/system_limits.h"
+#include "helpers/system_limits.h"
 #include "helpers/temp_folder.h"
 
 namespace marrowbench {

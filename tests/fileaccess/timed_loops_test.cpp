@@ -13,7 +13,7 @@
 #include "fileaccess/error_text.h"
 #include "fileaccess/file_copy_methods.h"
 #include "fileaccess/file_read_write_methods.h"
-#include "fileaccess/system_limits.h"
+#include "helpers/system_limits.h"
 #include "helpers/temp_folder.h"
 
 namespace marrowbench {

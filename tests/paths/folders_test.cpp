@@ -1,11 +1,13 @@
 #include "paths/folders.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "helpers/temp_folder.h"
@@ -15,6 +17,24 @@ namespace {
 
 using test::exists;
 using test::writeFile;
+
+// The folders that another client makes just before this one does.
+std::set<std::string>& takenByAnother() {
+  static std::set<std::string> paths;
+  return paths;
+}
+
+}  // namespace
+}  // namespace marrowbench
+
+// Linked in place of the C library's: nothing else comes between the look and the call.
+extern "C" int mkdir(const char* path, mode_t mode) {
+  if (marrowbench::takenByAnother().erase(path) != 0) (void)mkdirat(AT_FDCWD, path, mode);
+  return mkdirat(AT_FDCWD, path, mode);
+}
+
+namespace marrowbench {
+namespace {
 
 // A temporary folder that is the process's folder meanwhile.
 class FoldersTest : public testing::Test {
@@ -137,6 +157,19 @@ TEST_F(ProvideFolderOf, ExistingFolderNeedsNoParents) {
 TEST_F(ProvideFolderOf, KeepsGoingOnWhenAnotherClientMadeTheFolder) {
   leaveDanglingLink("new");
   EXPECT_TRUE(provideFolderOf(folder.file("new/log.txt")));
+}
+
+TEST_F(ProvideFolderOf, MakesTheSecondLevelWhenAnotherClientMadeTheFirst) {
+  const std::string first(folder.file("new"));
+  const std::string second(folder.file("new/er"));
+  for (const std::set<std::string>& taken :
+       {std::set{first}, std::set{second}, std::set{first, second}}) {
+    takenByAnother() = taken;
+    EXPECT_TRUE(provideFolderOf(folder.file("new/er/log.txt")));
+    EXPECT_TRUE(folderExists(folder.file("new/er")));
+    EXPECT_TRUE(takenByAnother().empty());
+    std::filesystem::remove_all(first);
+  }
 }
 
 // One environment variable as a test wants it, as it was afterwards; null: unset.

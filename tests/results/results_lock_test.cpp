@@ -5,12 +5,14 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
 
 #include "fakes/fake_clock.h"
+#include "helpers/caught_signal.h"
 #include "helpers/temp_folder.h"
 
 namespace marrowbench {
@@ -272,6 +274,31 @@ TEST_F(ResultsLockTest, EndOfTheObjectReleases) {
   }
   EXPECT_FALSE(exists(lockPath));
   EXPECT_TRUE(Attempt(lock, 0).taken);
+}
+
+TEST_F(ResultsLockTest, InterruptionWaitsUntilTheLockIsGone) {
+  const test::CaughtSignal caught(SIGTERM);
+  ASSERT_TRUE(Attempt(lock, 0).taken);
+  (void)std::raise(SIGTERM);
+  EXPECT_EQ(test::CaughtSignal::count(), 0);
+  EXPECT_TRUE(exists(lockPath));
+  lock.release();
+  EXPECT_EQ(test::CaughtSignal::count(), 1);
+  EXPECT_FALSE(exists(lockPath));
+}
+
+TEST_F(ResultsLockTest, InterruptionIsNotHeldBackWithoutTheLock) {
+  const test::CaughtSignal caught(SIGTERM);
+  leaveLockOfAge(0);
+  afterSleep({{2, [] { (void)std::raise(SIGTERM); }}});
+  EXPECT_FALSE(Attempt(lock, 500).taken);
+  EXPECT_EQ(test::CaughtSignal::count(), 1) << "while it waits for another client";
+
+  std::filesystem::remove(lockPath.c_str());
+  leaveDanglingLink();
+  EXPECT_FALSE(Attempt(lock, 0).taken);
+  (void)std::raise(SIGTERM);
+  EXPECT_EQ(test::CaughtSignal::count(), 2) << "after a failed attempt";
 }
 
 TEST_F(ResultsLockTest, LockThatCannotBeDeletedIsMovedAside) {

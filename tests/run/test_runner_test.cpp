@@ -13,7 +13,7 @@
 
 #include "fakes/fake_clock.h"
 #include "fakes/fake_platform.h"
-#include "fileaccess/system_limits.h"
+#include "helpers/system_limits.h"
 #include "helpers/printed.h"
 #include "helpers/temp_folder.h"
 #include "run/result_table.h"

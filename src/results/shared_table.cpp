@@ -1,0 +1,75 @@
+#include "results/shared_table.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+
+#include "results/results_lock.h"
+#include "results/text_file_writer.h"
+#include "support/file_status.h"
+
+namespace marrowbench {
+namespace {
+
+constexpr int kLockTimeoutMs = 10000;
+
+// A table as it was before the row.
+struct Table {
+  bool exists = false;
+  bool isNew = false;  // neither: the share does not tell
+  std::int64_t size = 0;
+};
+
+Table lookAt(const FixedString& path) {
+  Table table;
+  errno = 0;
+  table.exists = fileStatus(path, nullptr, &table.size);
+  table.isNew = !table.exists && errno == ENOENT;
+  return table;
+}
+
+// A full disk takes the beginning of a row. It would stay in front of the next client's row.
+void takeBack(const FixedString& path, const Table& before) {
+  if (before.isNew) (void)unlink(path.c_str());
+  if (!before.exists) return;
+  [[maybe_unused]] const int result = truncate(path.c_str(), before.size);
+}
+
+bool appendWhole(const FixedString& path, const Table& before, const TextBuffer& text) {
+  errno = 0;
+  const int status = writeTextFile(path, text, false, false);
+  const int code = errno;
+  const Table after = lookAt(path);
+  // The writer calls a failed open a success, and a failed flush a failure although the close made
+  // up for it: then the size tells.
+  const auto length = static_cast<std::int64_t>(text.length());
+  const bool isWhole =
+      (status == 0 && code == 0) || (after.exists && after.size >= before.size + length);
+  if (!isWhole && after.size > before.size) takeBack(path, before);
+  errno = code;
+  return isWhole;
+}
+
+}  // namespace
+
+TableAppend appendToTable(const FixedString& path, const TextBuffer& header,
+                          const TextBuffer& row) {
+  WideFixedString widePath;
+  widePath.assignBytes(path);
+  ResultsLock lock(widePath);
+  int timeoutMs = kLockTimeoutMs;
+  if (!lock.acquire(timeoutMs, {}, nullptr, false)) return TableAppend::locked;
+  // Under the lock: only one client finds no table and writes the header.
+  const Table before = lookAt(path);
+  TextBuffer text;
+  if (before.isNew) text = header;
+  text.append(row);
+  const bool isWritten = appendWhole(path, before, text);
+  const int code = errno;
+  lock.release();
+  errno = code;
+  return isWritten ? TableAppend::written : TableAppend::failed;
+}
+
+}  // namespace marrowbench

@@ -1,0 +1,27 @@
+#ifndef MARROWBENCH_SUPPORT_SIGNAL_HOLD_H
+#define MARROWBENCH_SUPPORT_SIGNAL_HOLD_H
+
+#include <signal.h>
+
+namespace marrowbench {
+
+/// Holds back SIGINT, SIGTERM and SIGHUP while it lives. One that came meanwhile takes effect at
+/// its end, the way it would have: it ends the process with its own status, unless it is ignored.
+class SignalHold {
+ public:
+  SignalHold() noexcept;
+  SignalHold(const SignalHold&) = delete;
+  SignalHold& operator=(const SignalHold&) = delete;
+  ~SignalHold();
+
+ private:
+  sigset_t before{};
+};
+
+/// Writing to a closed console, or to a pipe whose reader is gone, fails from here on and does not
+/// end the process.
+void ignoreBrokenPipes() noexcept;
+
+}  // namespace marrowbench
+
+#endif

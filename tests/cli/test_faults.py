@@ -1,0 +1,220 @@
+"""Every file-related system call of a short but complete run fails once, or the run is ended there.
+
+By default each call gets one errno and one signal; with MARROWBENCH_ALL=1 (scripts/test --all) each
+gets all.
+"""
+
+import collections
+import errno
+import os
+import re
+import shutil
+import signal
+import subprocess
+import time
+from concurrent.futures import ThreadPoolExecutor
+from dataclasses import dataclass
+
+import pytest
+
+from conftest import HEADER, SANITIZED, masked, needs_strace
+
+ALL = os.environ.get("MARROWBENCH_ALL") == "1"
+ERRNOS = ("EIO", "ENOSPC", "EACCES", "ESTALE", "EDQUOT", "EINTR")
+CALLS = ("openat", "read", "readv", "write", "writev", "lseek", "close", "newfstatat", "mkdir",
+         "unlink", "rename", "ftruncate", "fallocate", "fcntl", "mmap")
+SIGNALS = ("SIGINT", "SIGTERM", "SIGKILL")
+WORKERS = 2
+
+# Three interfaces, three kinds of test, preallocation, flush, log, table, marker and a chain.
+METHODS = (("posix", "0;prealloc", 0), ("ansic", "flush;0", 1), ("stream", "flush;0", 0))
+LINES = [f"{method};{flags};0;4;{buffer};8;1;0;{source};{dest};log.txt;res.csv;true\n"
+         for method, flags, buffer in METHODS
+         for source, dest in (("source.bin", f"new/{method}_copy.bin"), ("source.bin", "MEMORY"),
+                              ("MEMORY", f"new/{method}_write.bin"))]
+CHAINED = "posix;0;0;0;4;0;8;1;0;source.bin;MEMORY;log.txt;res.csv;true\n"
+ITERATIONS = len(LINES) + 1
+
+
+@pytest.fixture(autouse=True)
+def tools():
+    needs_strace()
+    if SANITIZED:
+        pytest.skip("the sanitizers make calls of their own")
+
+
+@dataclass(frozen=True)
+class Call:
+    """A system call of the run without faults."""
+
+    name: str
+    occurrence: int  # among the calls of its name, from 1 on
+    file: str        # the last part of its path; "" for memory
+    iteration: int   # whose it is, from 0 on; -1: before the first test of a settings file
+
+    def __str__(self):
+        return f"{self.name} {self.occurrence} ({self.file or 'memory'})"
+
+
+class Run:
+    """One run of the settings files in a folder of its own, under strace."""
+
+    def __init__(self, program, folder, *options):
+        self.folder = folder
+        folder.mkdir()
+        (folder / "source.bin").write_bytes(b"x" * 8192)
+        (folder / "run1.bst").write_text("".join(LINES) + "run2.bst\n")
+        (folder / "run2.bst").write_text(CHAINED)
+        with open(folder / "printed.txt", "wb") as printed:
+            self.status = subprocess.run(
+                ["strace", "-y", "-o", folder / "trace.txt", *options, program, folder / "run1.bst"],
+                stdout=printed, stderr=subprocess.STDOUT, timeout=120).returncode
+
+    def text(self, name):
+        path = self.folder / name
+        return path.read_text(errors="replace") if path.exists() else ""
+
+    def rows(self):
+        """The cells of the table's whole rows; anything else in the table fails the test."""
+        lines = [line for line in self.text("res.csv").split("\n") if line]
+        assert lines.count(HEADER) == (1 if lines else 0), lines
+        assert not lines or lines[0] == HEADER
+        rows = [line.split(",") for line in lines[1:]]
+        assert all(len(row) == HEADER.count(",") + 1 for row in rows), "torn row"
+        return [dict(zip(HEADER.split(","), row)) for row in rows]
+
+
+def key(row):
+    return row["Method"], row["Type"], os.path.basename(row["Dest"])
+
+
+def calls_of(run):
+    """The calls between the banner and the end, with the iteration that makes them."""
+    counts = collections.Counter()
+    found, iteration, in_settings, started = [], -1, True, False
+    for line in run.text("trace.txt").splitlines():
+        match = re.match(r"(\w+)\((.*)\) += ", line)
+        if not match or match[1] not in CALLS:
+            continue
+        counts[match[1]] += 1
+        paths = re.findall(r"<([^<>]*)>|\"([^\"]*)\"", match[2])
+        files = [os.path.basename(path or text) for path, text in paths if path or text]
+        # openat and newfstatat name the working folder first.
+        file = files[-1] if match[1] in ("openat", "newfstatat") and files else (files or [""])[0]
+        if match[1] == "write" and "-----" in line:
+            started = True
+        if file.endswith(".bst"):
+            in_settings = True
+        elif in_settings and match[1] in ("openat", "write") and file == "log.txt":
+            in_settings, iteration = False, iteration + 1
+        if started:
+            found.append(Call(match[1], counts[match[1]], file, -1 if in_settings else iteration))
+        if match[1] == "unlink" and file == "res.csv_lock.txt" and not in_settings:
+            iteration += 1
+    return found
+
+
+@pytest.fixture
+def normal(bench):
+    run = Run(bench.program, bench.folder / "normal", "-e", f"trace={','.join(CALLS)}")
+    assert run.status == 0
+    assert [row["Error"] for row in run.rows()] == [""] * ITERATIONS
+    return run
+
+
+def check(normal, run, call, code):
+    """What must hold after a call has failed."""
+    assert run.status == 0, "exit status"
+    assert not (run.folder / "res.csv_lock.txt").exists(), "lock left behind"
+    rows = {key(row): row for row in run.rows()}
+    assert len(rows) == len(run.rows()), "a row twice"
+    expected = [key(row) for row in normal.rows()]
+
+    said = run.text("printed.txt")
+    for number, name in enumerate(expected):
+        if call.iteration == -1 and call.file.endswith(".bst"):
+            continue  # the settings could not be read
+        if number != call.iteration and call.file:
+            assert name in rows, f"row {number} is missing"
+            assert rows[name]["Error"] == "", f"row {number} has an error"
+        elif name not in rows and call.file != "printed.txt":
+            assert "Unable to write excel file" in said, "a row is missing without a word"
+    reason = os.strerror(code)
+    for row in rows.values():
+        if row["Error"] and call.file:
+            assert row["Error"].startswith("ERROR: ") and reason in row["Error"], row["Error"]
+            assert call.file in row["Error"] or call.name == "fallocate", row["Error"]
+
+    whole = set(masked(normal.text("log.txt")).replace(str(normal.folder), "").split("\n"))
+    for line in masked(run.text("log.txt")).replace(str(run.folder), "").split("\n"):
+        assert line in whole or "ERROR: " in line, f"torn log line {line!r}"
+
+
+def inject(program, folder, normal, call, name):
+    """Lets the call fail. Returns what is wrong then, or None."""
+    try:
+        run = Run(program, folder, "-e", f"trace={call.name}", "-e",
+                  f"inject={call.name}:error={name}:when={call.occurrence}")
+        assert "(INJECTED)" in run.text("trace.txt"), "the call was not made"
+        check(normal, run, call, getattr(errno, name))
+    except (AssertionError, subprocess.TimeoutExpired) as problem:
+        return f"{call} {name}: {problem}".split("\n")[0]
+    finally:
+        shutil.rmtree(folder)
+    return None
+
+
+def spread(calls, kinds):
+    """All pairs of call and kind, or one kind for each call, in turn."""
+    return [(call, kind) for number, call in enumerate(calls) for index, kind in enumerate(kinds)
+            if ALL or index == number % len(kinds)]
+
+
+def problems(bench, matrix, judge):
+    """What `judge` finds wrong with each (call, kind), given a folder of its own."""
+    with ThreadPoolExecutor(WORKERS) as pool:
+        found = pool.map(lambda item: judge(bench.folder / f"run{item[0]}", *item[1]),
+                         enumerate(matrix))
+        found = [problem for problem in found if problem]
+    print(f"{len(matrix)} runs: {dict(collections.Counter(call.name for call, _ in matrix))}")
+    return found
+
+
+def test_each_call_may_fail_once(bench, normal):
+    calls = calls_of(normal)
+    assert len(calls) > 300 and len({call.name for call in calls}) >= 10
+    assert problems(bench, spread(calls, ERRNOS), lambda folder, call, name: inject(
+        bench.program, folder, normal, call, name)) == []
+
+
+def follow(bench, folder):
+    """A second client on the same table: says what it printed."""
+    (folder / "second.bst").write_text(CHAINED)
+    return bench.run(folder / "second.bst", fast=True)
+
+
+def end_at(bench, folder, call, name):
+    """Ends the run at the call. Returns what is wrong then, or None."""
+    lock = folder / "res.csv_lock.txt"
+    try:
+        run = Run(bench.program, folder, "-e", f"trace={call.name}", "-e",
+                  f"inject={call.name}:signal={name}:when={call.occurrence}")
+        assert run.status == -getattr(signal, name), f"status {run.status}"
+        rows = len(run.rows())
+        if lock.exists():
+            assert name == "SIGKILL", "lock left behind"
+            assert "still locked" in follow(bench, folder), "the lock was not respected"
+            assert len(run.rows()) == rows
+            os.utime(lock, (0, time.time() - 4 * 3600))
+        assert "still locked" not in follow(bench, folder)
+        assert len(run.rows()) == rows + 1 and not lock.exists()
+    except (AssertionError, subprocess.TimeoutExpired) as problem:
+        return f"{call} {name}: {problem}".split("\n")[0]
+    finally:
+        shutil.rmtree(folder)
+    return None
+
+
+def test_run_may_end_at_each_call(bench, normal):
+    assert problems(bench, spread(calls_of(normal), SIGNALS), lambda folder, call, name: end_at(
+        bench, folder, call, name)) == []

@@ -1,0 +1,29 @@
+#ifndef MARROWBENCH_TESTS_HELPERS_CAUGHT_SIGNAL_H
+#define MARROWBENCH_TESTS_HELPERS_CAUGHT_SIGNAL_H
+
+#include <csignal>
+
+namespace marrowbench::test {
+
+/// Counts how often a signal takes effect, instead of letting it end the test. One at a time.
+class CaughtSignal {
+ public:
+  explicit CaughtSignal(int caughtSignal) : number(caughtSignal) {
+    caught = 0;
+    before = std::signal(number, [](int) { caught = caught + 1; });
+  }
+  CaughtSignal(const CaughtSignal&) = delete;
+  CaughtSignal& operator=(const CaughtSignal&) = delete;
+  ~CaughtSignal() { (void)std::signal(number, before); }
+
+  [[nodiscard]] static int count() { return caught; }
+
+ private:
+  static inline volatile std::sig_atomic_t caught = 0;
+  int number;
+  void (*before)(int) = nullptr;
+};
+
+}  // namespace marrowbench::test
+
+#endif
