@@ -14,25 +14,30 @@ namespace {
 
 constexpr int kLockTimeoutMs = 10000;
 
-// A table as it was before the row.
+// A table as the share shows it.
 struct Table {
   bool exists = false;
-  bool isNew = false;  // neither: the share does not tell
+  bool isMissing = false;  // neither: the share does not tell
   std::int64_t size = 0;
 };
 
+// Asks twice: a share may fail once, after a restart of its server say.
 Table lookAt(const FixedString& path) {
   Table table;
-  errno = 0;
-  table.exists = fileStatus(path, nullptr, &table.size);
-  table.isNew = !table.exists && errno == ENOENT;
+  for (int attempt = 0; attempt < 2 && !table.exists && !table.isMissing; ++attempt) {
+    errno = 0;
+    table.exists = fileStatus(path, nullptr, &table.size);
+    table.isMissing = !table.exists && errno == ENOENT;
+  }
   return table;
 }
 
-// A full disk takes the beginning of a row. It would stay in front of the next client's row.
-void takeBack(const FixedString& path, const Table& before) {
-  if (before.isNew) (void)unlink(path.c_str());
-  if (!before.exists) return;
+// A full disk takes the beginning of a row, which would stand in front of the next client's row, or
+// an empty file, which would get no header.
+void takeBack(const FixedString& path, const Table& before, const Table& after) {
+  if (!after.exists) return;
+  if (before.isMissing) (void)unlink(path.c_str());
+  if (!before.exists || after.size <= before.size) return;
   [[maybe_unused]] const int result = truncate(path.c_str(), before.size);
 }
 
@@ -46,7 +51,7 @@ bool appendWhole(const FixedString& path, const Table& before, const TextBuffer&
   const auto length = static_cast<std::int64_t>(text.length());
   const bool isWhole =
       (status == 0 && code == 0) || (after.exists && after.size >= before.size + length);
-  if (!isWhole && after.size > before.size) takeBack(path, before);
+  if (!isWhole) takeBack(path, before, after);
   errno = code;
   return isWhole;
 }
@@ -63,7 +68,7 @@ TableAppend appendToTable(const FixedString& path, const TextBuffer& header,
   // Under the lock: only one client finds no table and writes the header.
   const Table before = lookAt(path);
   TextBuffer text;
-  if (before.isNew) text = header;
+  if (before.isMissing) text = header;
   text.append(row);
   const bool isWritten = appendWhole(path, before, text);
   const int code = errno;
