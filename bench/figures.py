@@ -25,7 +25,7 @@ class Scale:
     tables: tuple          # bytes of the tables that rows are appended to
 
 
-FULL = Scale(rounds=21, times=5, file=256 * MIB, large=GIB, fill=GIB, starts=100, iterations=1000,
+FULL = Scale(rounds=15, times=5, file=256 * MIB, large=GIB, fill=GIB, starts=100, iterations=1000,
              tables=(KIB, 100 * MIB, GIB))
 SMOKE = Scale(rounds=2, times=2, file=8 * MIB, large=8 * MIB, fill=64 * KIB, starts=2, iterations=10,
               tables=(KIB, MIB))

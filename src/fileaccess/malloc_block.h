@@ -8,12 +8,21 @@
 
 namespace marrowbench {
 
+/// Memory like malloc's, to be freed with std::free, that begins at a page. malloc's large blocks
+/// begin 16 bytes behind one, and transfers to and from there take 1 to 2 % longer.
+///
+/// @return null with errno set when there is none
+[[nodiscard]] inline void* mallocPages(std::size_t bytes) {
+  constexpr std::size_t kPage = 4096;
+  return std::aligned_alloc(kPage, (bytes + kPage - 1) / kPage * kPage);
+}
+
 struct FreeBlock {
   void operator()(void* block) const { std::free(block); }
 };
 
-/// Memory from malloc: unlike a container it is not written to before its user does, so handing it
-/// to an interface costs nothing in the timed span. Null when malloc had none.
+/// Memory for the bytes of a transfer: unlike a container it is not written to before its user
+/// does, so handing it to an interface costs nothing in the timed span. Null when there was none.
 template <class T>
 using MallocBlock = std::unique_ptr<T[], FreeBlock>;
 
@@ -21,7 +30,7 @@ using MallocBlock = std::unique_ptr<T[], FreeBlock>;
 template <class T>
 [[nodiscard]] MallocBlock<T> mallocBlock(std::int32_t bytes) {
   if (bytes <= 0) return nullptr;
-  return MallocBlock<T>(static_cast<T*>(std::malloc(static_cast<std::size_t>(bytes))));
+  return MallocBlock<T>(static_cast<T*>(mallocPages(static_cast<std::size_t>(bytes))));
 }
 
 }  // namespace marrowbench

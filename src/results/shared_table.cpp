@@ -46,8 +46,8 @@ bool appendWhole(const FixedString& path, const Table& before, const TextBuffer&
   const int status = writeTextFile(path, text, false, false);
   const int code = errno;
   const Table after = lookAt(path);
-  // The writer calls a failed open a success, and a failed flush a failure although the close made
-  // up for it: then the size tells.
+  // The writer calls a failed open a success, and a failed flush a failure even where the close
+  // made up for it: then the size tells.
   const auto length = static_cast<std::int64_t>(text.length());
   const bool isWhole =
       (status == 0 && code == 0) || (after.exists && after.size >= before.size + length);

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <span>
 #include <string>
 #include <string_view>
 
 #include "fileaccess/error_text.h"
+#include "fileaccess/malloc_block.h"
 #include "paths/folders.h"
 #include "paths/log_line.h"
 #include "paths/path_text.h"
@@ -83,7 +83,7 @@ FixedString TestRunner::expanded(FixedString path, std::int32_t iteration) const
 void TestRunner::provideMemory() {
   if (testTypeOf(config.source, config.dest) == TestType::copy) return;
   if (sharedMemoryBuffer != nullptr) return;
-  sharedMemoryBuffer = static_cast<std::byte*>(std::malloc(kMaxFileSize));
+  sharedMemoryBuffer = static_cast<std::byte*>(mallocPages(kMaxFileSize));
   if (sharedMemoryBuffer == nullptr) memoryError = errno;
 }
 

@@ -13,7 +13,8 @@ namespace marrowbench {
 class TestRunner {
  public:
   /// @param config              its expanded paths are rewritten
-  /// @param sharedMemoryBuffer  null, or 1 GiB from malloc; a memory test that finds null allocates
+  /// @param sharedMemoryBuffer  null, or 1 GiB from mallocPages(); a memory test that finds null
+  /// allocates
   ///                            it. Never freed here.
   /// @param configIndex         number of the configuration in the settings file, 0 for the first
   /// @return false when the destination folder is missing and can't be made: the configuration

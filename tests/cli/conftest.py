@@ -11,6 +11,10 @@ import time
 
 import pytest
 
+from mounts import mounts  # a fixture
+
+__all__ = ["mounts"]
+
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 SANITIZED = os.environ.get("MARROWBENCH_SANITIZE") == "1"
 RULE = "-" * 64

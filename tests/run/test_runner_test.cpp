@@ -13,8 +13,8 @@
 
 #include "fakes/fake_clock.h"
 #include "fakes/fake_platform.h"
-#include "helpers/system_limits.h"
 #include "helpers/printed.h"
+#include "helpers/system_limits.h"
 #include "helpers/temp_folder.h"
 #include "run/result_table.h"
 #include "run/test_data.h"

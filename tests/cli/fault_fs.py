@@ -1,0 +1,93 @@
+#!/usr/bin/env python3
+"""A FUSE file system that shows a folder, with one fault in it.
+
+    fault_fs.py FOLDER MOUNTPOINT FAULT [NAME=VALUE...]
+
+    FAULT     errno  reads and writes that reach byte `at` fail with the errno `code`
+              zeros  `length` bytes from byte `at` on are read as zeros
+              short  a read gives at most `length` bytes
+              close  every close fails with the errno `code`
+
+It applies to files whose name ends in ".bin". The kernel caches nothing, so a program sees each
+call's own result. Runs until it is unmounted.
+"""
+
+import errno
+import os
+import sys
+
+from fusepy import FUSE, FuseOSError, Operations
+
+
+class FaultyFolder(Operations):
+    def __init__(self, folder, fault, values):
+        self.folder = os.path.realpath(folder)
+        self.fault = fault
+        self.code = getattr(errno, values.get("code", "EIO"))
+        self.at = int(values.get("at", 0))
+        self.length = int(values.get("length", 0))
+
+    def inside(self, path):
+        return self.folder + path
+
+    def has(self, fault, path):
+        return self.fault == fault and path.endswith(".bin")
+
+    def refuse_beyond(self, path, end):
+        if self.has("errno", path) and end > self.at:
+            raise FuseOSError(self.code)
+
+    def read(self, path, size, offset, handle):
+        self.refuse_beyond(path, offset + size)
+        data = bytearray(os.pread(handle, size, offset))
+        if self.has("short", path):
+            del data[self.length:]
+        if self.has("zeros", path):
+            first = max(self.at - offset, 0)
+            last = min(self.at + self.length - offset, len(data))
+            if first < last:
+                data[first:last] = bytes(last - first)
+        return bytes(data)
+
+    def write(self, path, data, offset, handle):
+        self.refuse_beyond(path, offset + len(data))
+        return os.pwrite(handle, data, offset)
+
+    def flush(self, path, handle):
+        if self.has("close", path):
+            raise FuseOSError(self.code)
+
+    def release(self, path, handle):
+        os.close(handle)
+
+    def getattr(self, path, handle=None):
+        try:
+            status = os.lstat(self.inside(path))
+        except OSError as failure:
+            raise FuseOSError(failure.errno) from failure
+        return {name: getattr(status, name) for name in (
+            "st_mode", "st_nlink", "st_size", "st_uid", "st_gid", "st_atime", "st_mtime", "st_ctime")}
+
+    def readdir(self, path, handle):
+        return [".", "..", *os.listdir(self.inside(path))]
+
+    def open(self, path, flags):
+        return os.open(self.inside(path), flags)
+
+    def create(self, path, mode, info=None):
+        return os.open(self.inside(path), os.O_RDWR | os.O_CREAT, mode)
+
+    def truncate(self, path, length, handle=None):
+        os.truncate(self.inside(path), length)
+
+    def unlink(self, path):
+        os.unlink(self.inside(path))
+
+    def mkdir(self, path, mode):
+        os.mkdir(self.inside(path), mode)
+
+
+if __name__ == "__main__":
+    shown, mountpoint, kind, *pairs = sys.argv[1:]
+    FUSE(FaultyFolder(shown, kind, dict(pair.split("=") for pair in pairs)), mountpoint,
+         foreground=True, nothreads=True, direct_io=True)

@@ -1,0 +1,67 @@
+"""Disks that are full, have no inodes left or can't be written to."""
+
+import subprocess
+
+import pytest
+
+METHODS = ["posix", "ansic", "stream"]
+
+
+def line(method, dest, table="res.csv", log="log.txt", size_kib=256):
+    return f"{method};flush;0;0;64;0;{size_kib};1;0;MEMORY;{dest};{log};{table};false\n"
+
+
+def test_full_memory_file_system_is_told_by_each_interface(bench, mounts):
+    mount = mounts.memory("size=128k")
+    bench.run(bench.settings("".join(line(method, mount / f"{method}.bin") for method in METHODS)))
+    rows = bench.rows()
+    # What the first test wrote fills the file system: the others can't even begin.
+    for row, method in zip(rows, METHODS):
+        assert row["Error"] == (f"ERROR: Unable to write file '{mount}/{method}.bin' ! "
+                                "No space left on device")
+
+
+@pytest.mark.parametrize("room", range(0, 4096, 512))
+def test_table_on_a_full_disk_keeps_whole_rows_only(bench, mounts, room):
+    mount = mounts.memory("size=64k")
+    table, filler = mount / "res.csv", mount / "filler"
+    bench.run(bench.settings(line("posix", "data.bin", table, size_kib=64)))
+    # The table's last page has less and less room, and there is no other.
+    whole = table.read_bytes()
+    with open(table, "ab") as file:
+        row = whole[whole.index(b"\n") + 1:]
+        while table.stat().st_size + len(row) < 4096 - room:
+            file.write(row)
+            file.flush()
+    before = table.read_bytes()
+    with pytest.raises(OSError), open(filler, "wb", buffering=0) as file:
+        while True:
+            file.write(b"x" * 4096)
+
+    printed = bench.run(bench.settings(line("posix", "data.bin", table, size_kib=64) * 3))
+    lost = printed.count(f"ERROR: Unable to write excel file '{table}' ! No space left on device")
+    after = table.read_bytes()
+    assert after.startswith(before)
+    assert after.count(b"\n\n") == before.count(b"\n\n") + 3 - lost, "rows written or told"
+    assert after.endswith(b"\n\n"), "no torn row"
+
+    filler.unlink()
+    bench.run(bench.settings(line("posix", "data.bin", table, size_kib=64)))
+    assert table.read_bytes().count(b"\n\n") == after.count(b"\n\n") + 1
+    assert not (mount / "res.csv_lock.txt").exists()
+
+
+def test_no_inode_for_the_lock_loses_the_row_and_says_so(bench, mounts):
+    mount = mounts.memory("size=1m,nr_inodes=2")
+    (mount / "last").write_bytes(b"")
+    printed = bench.run(bench.settings(line("posix", "data.bin", mount / "res.csv") * 2))
+    assert printed.count("Unable to write excel file as it is still locked.") == 2
+    assert printed.count("Null data test: ") == 2, "the tests themselves run"
+
+
+def test_read_only_file_system_is_told(bench, mounts):
+    mount = mounts.memory("size=1m")
+    subprocess.run(["mount", "-o", "remount,ro", mount], check=True)
+    bench.run(bench.settings("".join(line(method, mount / "a.bin") for method in METHODS)))
+    for row in bench.rows():
+        assert row["Error"] == f"ERROR: Unable to open file '{mount}/a.bin' ! Read-only file system"
