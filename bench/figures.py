@@ -71,7 +71,7 @@ def fill(bench):
     targets = {"scalarLanes": 1, "vector256": 3, "vector512": 4}
     figures = {path: Figure(f"test data, byte loop time / {path} time", at_least(target))
                for path, target in targets.items()}
-    for _ in range(min(bench.scale.rounds, 7)):
+    for _ in range(bench.scale.rounds):
         _, runs = in_process(bench.in_process, f"^fill/.*/{size}$")
         for path, figure in figures.items():
             run = runs[f"fill/{path}/{size}"]
@@ -135,7 +135,7 @@ def against_fio(bench):
                 ours = Marrowbench(bench.program, folder)
                 file = filled(folder / "file.bin", size)
                 figures.append(comparison(
-                    name, at_least(1), bench.scale.rounds,
+                    name, at_least(1), min(bench.scale.rounds, 9),
                     lambda: sum(ours.reported_ms(kind, file, chunk=chunk, size=size,
                                                  iterations=times)),
                     lambda: fio_ms(times, kind, chunk, file, size)))

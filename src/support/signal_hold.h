@@ -1,7 +1,7 @@
 #ifndef MARROWBENCH_SUPPORT_SIGNAL_HOLD_H
 #define MARROWBENCH_SUPPORT_SIGNAL_HOLD_H
 
-#include <signal.h>
+#include <csignal>
 
 namespace marrowbench {
 
