@@ -158,17 +158,11 @@ def check(normal, run, call, code):
 
 
 def inject(program, folder, normal, call, name):
-    """Lets the call fail. Returns what is wrong then, or None."""
-    try:
-        run = Run(program, folder, "-e", f"trace={call.name}", "-e",
-                  f"inject={call.name}:error={name}:when={call.occurrence}")
-        assert "(INJECTED)" in run.text("trace.txt"), "the call was not made"
-        check(normal, run, call, getattr(errno, name))
-    except (AssertionError, subprocess.TimeoutExpired) as problem:
-        return f"{call} {name}: {problem}".split("\n")[0]
-    finally:
-        shutil.rmtree(folder)
-    return None
+    """Lets the call fail, and checks what must hold then."""
+    run = Run(program, folder, "-e", f"trace={call.name}", "-e",
+              f"inject={call.name}:error={name}:when={call.occurrence}")
+    assert "(INJECTED)" in run.text("trace.txt"), "the call was not made"
+    check(normal, run, call, getattr(errno, name))
 
 
 def spread(calls, kinds):
@@ -178,13 +172,22 @@ def spread(calls, kinds):
 
 
 def judge_all(bench, matrix, judge):
-    """Fails with what `judge` finds wrong with each (call, kind), given a folder of its own."""
+    """Lets `judge` check each (call, kind) in a folder of its own; fails with all that is wrong."""
+    def problem(item):
+        number, (call, kind) = item
+        folder = bench.folder / f"run{number}"
+        try:
+            judge(folder, call, kind)
+        except (AssertionError, subprocess.TimeoutExpired) as wrong:
+            return f"{call} {kind}: {wrong}".split("\n")[0]
+        finally:
+            shutil.rmtree(folder)
+        return None
+
     with ThreadPoolExecutor(WORKERS) as pool:
-        found = pool.map(lambda item: judge(bench.folder / f"run{item[0]}", *item[1]),
-                         enumerate(matrix))
-        found = [problem for problem in found if problem]
+        problems = [text for text in pool.map(problem, enumerate(matrix)) if text]
     print(f"{len(matrix)} runs: {dict(collections.Counter(call.name for call, _ in matrix))}")
-    assert not found, "\n".join(found)
+    assert not problems, "\n".join(problems)
 
 
 def test_each_call_may_fail_once(bench, normal):
@@ -201,29 +204,22 @@ def follow(bench, folder):
 
 
 def end_at(bench, folder, call, name):
-    """Ends the run at the call. Returns what is wrong then, or None."""
-    lock = folder / "res.csv_lock.txt"
-    try:
-        run = Run(bench.fast_program, folder, "-e", f"trace={call.name}", "-e",
-                  f"inject={call.name}:signal={name}:when={call.occurrence}")
-        assert run.status == -getattr(signal, name), f"status {run.status}"
-        rows = len(run.rows())
-        # Killed between the making of the table and its first row: who finds a table, empty or
-        # not, writes no header.
-        table = folder / "res.csv"
-        has_header = not (name == "SIGKILL" and table.exists() and table.stat().st_size == 0)
-        if lock.exists():
-            assert name == "SIGKILL", "lock left behind"
-            assert "still locked" in follow(bench, folder), "the lock was not respected"
-            assert len(run.rows(has_header)) == rows
-            os.utime(lock, (0, time.time() - 4 * 3600))
-        assert "still locked" not in follow(bench, folder)
-        assert len(run.rows(has_header)) == rows + 1 and not lock.exists()
-    except (AssertionError, subprocess.TimeoutExpired) as problem:
-        return f"{call} {name}: {problem}".split("\n")[0]
-    finally:
-        shutil.rmtree(folder)
-    return None
+    """Ends the run at the call, and checks what a second client finds then."""
+    table, lock = folder / "res.csv", folder / "res.csv_lock.txt"
+    run = Run(bench.fast_program, folder, "-e", f"trace={call.name}", "-e",
+              f"inject={call.name}:signal={name}:when={call.occurrence}")
+    assert run.status == -getattr(signal, name), f"status {run.status}"
+    rows = len(run.rows())
+    # Killed between the making of the table and its first row: who finds a table, empty or not,
+    # writes no header.
+    has_header = not (name == "SIGKILL" and table.exists() and table.stat().st_size == 0)
+    if lock.exists():
+        assert name == "SIGKILL", "lock left behind"
+        assert "still locked" in follow(bench, folder), "the lock was not respected"
+        assert len(run.rows(has_header)) == rows
+        os.utime(lock, (0, time.time() - 4 * 3600))
+    assert "still locked" not in follow(bench, folder)
+    assert len(run.rows(has_header)) == rows + 1 and not lock.exists()
 
 
 def test_run_may_end_at_each_call(bench, normal):
