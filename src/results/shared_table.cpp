@@ -2,8 +2,11 @@
 
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdint>
+#include <fstream>
+#include <string_view>
 
 #include "results/results_lock.h"
 #include "results/text_file_writer.h"
@@ -32,12 +35,23 @@ Table lookAt(const FixedString& path) {
   return table;
 }
 
+// Whether nothing stands behind `offset` but the beginning of `text`; false where it can't be read.
+bool endsInBeginningOf(const TextBuffer& text, const FixedString& path, std::int64_t offset) {
+  std::ifstream table(path.c_str(), std::ios::binary);
+  if (!table.seekg(offset)) return false;
+  std::array<char, TextBuffer::capacity() + 1> tail{};
+  table.read(tail.data(), tail.size());
+  const std::string_view found(tail.data(), static_cast<std::size_t>(table.gcount()));
+  return table.eof() && text.view().starts_with(found);
+}
+
 // A full disk takes the beginning of a row, which would stand in front of the next client's row, or
-// an empty file, which would get no header.
-void takeBack(const FixedString& path, const Table& before, const Table& after) {
-  if (!after.exists) return;
+// an empty file, which would get no header. Only our own bytes go: where the lock or the table's
+// size could not be relied on, another client's row may stand there.
+void takeBack(const FixedString& path, const Table& before, const TextBuffer& text) {
+  if (!endsInBeginningOf(text, path, before.size)) return;
   if (before.isMissing) (void)unlink(path.c_str());
-  if (!before.exists || after.size <= before.size) return;
+  if (!before.exists) return;
   [[maybe_unused]] const int result = truncate(path.c_str(), before.size);
 }
 
@@ -51,7 +65,7 @@ bool appendWhole(const FixedString& path, const Table& before, const TextBuffer&
   const auto length = static_cast<std::int64_t>(text.length());
   const bool isWhole =
       (status == 0 && code == 0) || (after.exists && after.size >= before.size + length);
-  if (!isWhole) takeBack(path, before, after);
+  if (!isWhole) takeBack(path, before, text);
   errno = code;
   return isWhole;
 }

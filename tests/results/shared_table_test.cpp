@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <string>
 
@@ -63,6 +64,23 @@ TEST_F(AppendToTable, TakesBackTheBeginningOfARowThatDoesNotFit) {
   }
   EXPECT_EQ(readFile(table), "header\none\n\n");
   EXPECT_FALSE(exists(lock));
+}
+
+// At the first write beyond the limit another client's row comes in, as it can where the lock failed.
+TEST_F(AppendToTable, TakesNothingBackWhereAnotherClientWrote) {
+  const std::string before = std::string(300, 'x') + "\n\n";  // longer than the lock's note
+  writeFile(table, before);
+  static FixedString shared;
+  shared = table;
+  {
+    const test::FileSizeLimit limit(before.size() + 5);
+    (void)std::signal(SIGXFSZ, [](int) {
+      const test::FileSizeLimit noLimit(RLIM_INFINITY);
+      writeFile(shared, readFile(shared) + "other\n");
+    });
+    EXPECT_EQ(append("a row that is longer\n"), TableAppend::failed);
+  }
+  EXPECT_EQ(readFile(table), before + "a rowother\n");
 }
 
 TEST_F(AppendToTable, LeavesNoTableBehindWhenTheFirstRowDoesNotFit) {
