@@ -18,6 +18,9 @@ if(MARROWBENCH_WERROR)
   target_compile_options(marrowbench_flags INTERFACE -Werror)
 endif()
 
+if(MARROWBENCH_FUZZ)
+  target_compile_options(marrowbench_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 if(MARROWBENCH_SANITIZE)
   target_compile_options(marrowbench_flags INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
