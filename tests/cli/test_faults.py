@@ -17,6 +17,7 @@ from dataclasses import dataclass
 
 import pytest
 
+from complete_run import CHAINED, ITERATIONS, write_complete_run
 from conftest import HEADER, SANITIZED, masked, needs_strace
 
 ALL = os.environ.get("MARROWBENCH_ALL") == "1"
@@ -28,15 +29,6 @@ SIGNALS = ("SIGINT", "SIGTERM", "SIGKILL")
 WORKERS = 2
 # How a client says that a row is lost, or that a test could not begin.
 WORDS = ("Unable to write excel file", "Folder does not exists")
-
-# Three interfaces, three kinds of test, preallocation, flush, log, table, marker and a chain.
-METHODS = (("posix", "0;prealloc", 0), ("ansic", "flush;0", 1), ("stream", "flush;0", 0))
-LINES = [f"{method};{flags};0;4;{buffer};8;1;0;{source};{dest};log.txt;res.csv;true\n"
-         for method, flags, buffer in METHODS
-         for source, dest in (("source.bin", f"new/{method}_copy.bin"), ("source.bin", "MEMORY"),
-                              ("MEMORY", f"new/{method}_write.bin"))]
-CHAINED = "posix;0;0;0;4;0;8;1;0;source.bin;new/chained.bin;log.txt;res.csv;true\n"
-ITERATIONS = len(LINES) + 1
 
 
 @pytest.fixture(autouse=True)
@@ -65,12 +57,10 @@ class Run:
     def __init__(self, program, folder, *options):
         self.folder = folder
         folder.mkdir()
-        (folder / "source.bin").write_bytes(b"x" * 8192)
-        (folder / "run1.bst").write_text("".join(LINES) + "[cfgPath]run2.bst\n")
-        (folder / "run2.bst").write_text(CHAINED)
+        settings = write_complete_run(folder)
         with open(folder / "printed.txt", "wb") as printed:
             self.status = subprocess.run(
-                ["strace", "-y", "-o", folder / "trace.txt", *options, program, folder / "run1.bst"],
+                ["strace", "-y", "-o", folder / "trace.txt", *options, program, settings],
                 stdout=printed, stderr=subprocess.STDOUT, timeout=120).returncode
 
     def text(self, name):

@@ -471,6 +471,18 @@ TEST_F(TestRun, PrintsNoRowOfATableWithoutPath) {
   EXPECT_EQ(std::distance(begin(entries), end(entries)), 1) << "the file written";
 }
 
+TEST_F(TestRun, TellsWhyARowCantBeWritten) {
+  config.destTemplate = folder.file("out.bin");
+  config.resultsTemplate = folder.file("res.csv");
+  std::filesystem::create_directory(config.resultsTemplate.c_str());
+  const std::string report = reportOf();
+  EXPECT_TRUE(report.ends_with(row("ERROR: Unable to write excel file '" + path("res.csv") +
+                                   "' ! " + std::strerror(EISDIR)) +
+                               row(" ")))
+      << report;
+  EXPECT_TRUE(result);
+}
+
 // Another client holds the table's lock.
 class LockedTable : public TestRun {
  protected:
