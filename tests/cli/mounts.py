@@ -3,6 +3,7 @@
 import importlib.util
 import os
 import pathlib
+import shutil
 import subprocess
 import sys
 import time
@@ -35,6 +36,16 @@ class Mounts:
 
     def memory(self, options):
         return self.mount("memory", "-t", "tmpfs", "-o", options, "marrowbench")
+
+    def disk(self, kind, mebibytes):
+        """A file system of its own in the file disk.img."""
+        if shutil.which(f"mkfs.{kind}") is None:
+            pytest.skip(f"needs mkfs.{kind}")
+        image = self.folder / "disk.img"
+        with open(image, "wb") as file:
+            file.truncate(mebibytes << 20)
+        subprocess.run([f"mkfs.{kind}", "-q", image], check=True, capture_output=True)
+        return self.mount(kind, "-o", "loop", image)
 
     def faulty(self, shown, *fault):
         """A mount that shows a folder with a fault, see fault_fs.py."""

@@ -1,0 +1,100 @@
+"""File systems of disks: what they grant, and what they say when they are full or broken."""
+
+import os
+import subprocess
+
+import pytest
+
+from complete_run import ITERATIONS, METHODS, write_complete_run
+
+LIBCXX = os.environ["MARROWBENCH_STREAMS"] == "libc++"
+MIB = 1 << 20
+
+pytestmark = pytest.mark.skipif(os.environ.get("MARROWBENCH_ALL") != "1",
+                                reason="disks are part of scripts/test --all")
+
+# Name and the smallest size that its file system can be made with, in MiB.
+DISKS = [("ext4", 64), ("xfs", 320), ("btrfs", 128)]
+
+
+@pytest.fixture(params=DISKS, ids=lambda disk: disk[0])
+def disk(mounts, request):
+    return mounts.disk(*request.param)
+
+
+def write(method, dest, prealloc="0"):
+    return f"{method};flush;{prealloc};0;64;0;4096;1;0;MEMORY;{dest};;res.csv;false\n"
+
+
+def fill(folder, room):
+    """Leaves about so many bytes."""
+    status = os.statvfs(folder)
+    filler = folder / "filler"
+    with open(filler, "wb") as file:
+        os.posix_fallocate(file.fileno(), 0, status.f_bavail * status.f_frsize - room)
+
+
+def test_complete_run_on_a_disk(bench, disk):
+    bench.run(write_complete_run(disk))
+    bench.folder = disk
+    assert [row["Error"] for row in bench.rows()] == [""] * ITERATIONS
+    source = (disk / "source.bin").read_bytes()
+    written = {(disk / f"new/{method}_write.bin").read_bytes() for method, _, _ in METHODS}
+    copied = {(disk / f"new/{method}_copy.bin").read_bytes() for method, _, _ in METHODS}
+    assert copied == {source} and len(written) == 3, "each test line has data of its own"
+
+
+def test_preallocated_file_has_its_blocks_and_its_size(bench, disk):
+    (disk / "source.bin").write_bytes(bytes(4 * MIB))
+    bench.run(bench.settings(f"posix;0;prealloc;0;64;0;0;1;0;{disk}/source.bin;{disk}/copy.bin;;"
+                             "res.csv;false\n" + write("posix", disk / "write.bin", "prealloc")))
+    assert [row["Error"] for row in bench.rows()] == ["", ""]
+    for name in ("copy.bin", "write.bin"):
+        status = (disk / name).stat()
+        assert status.st_size == 4 * MIB and status.st_blocks * 512 >= 4 * MIB
+
+
+def test_full_disk_is_told_and_its_table_stays_whole(bench, disk):
+    table = disk / "res.csv"
+    settings = bench.settings("".join(
+        f"{method};flush;0;0;64;0;65536;2;0;MEMORY;{disk}/{method}.bin;;{table};false\n"
+        for method in ("posix", "stream")))
+    fill(disk, 24 * MIB)
+    printed = bench.run(settings)
+    told = printed.count(f"ERROR: Unable to write excel file '{table}' ! No space left on device")
+    locked = printed.count("Unable to write excel file as it is still locked.")
+    kept = table.read_text().split("\n\n")[:-1] if table.exists() else []
+    assert len(kept) + told + locked == 4, "each row is in the table or told"
+    assert "No space left on device" in printed
+    assert not (disk / "res.csv_lock.txt").exists()
+
+
+def test_quota_is_told(bench, mounts):
+    disk = mounts.disk("btrfs", 256)
+    for command in (["quota", "enable", disk], ["subvolume", "create", disk / "limited"],
+                    ["qgroup", "limit", "1M", disk / "limited"]):
+        subprocess.run(["btrfs", *command], check=True, capture_output=True)
+    limited = disk / "limited"
+    # In blocks of the file system: a write that fits in part is short and has no reason to tell.
+    bench.run(bench.settings("".join(
+        f"{method};flush;0;0;4;0;4096;1;0;MEMORY;{limited}/{method}.bin;;res.csv;false\n"
+        for method, _, _ in METHODS)))
+    reasons = [row["Error"].split(" ! ")[-1] for row in bench.rows()]
+    assert reasons == ["Disk quota exceeded"] * 3
+
+
+def test_broken_disk_is_told_by_each_interface(bench, mounts):
+    disk = mounts.disk("ext4", 64)
+    (disk / "source.bin").write_bytes(b"x" * 32 * MIB)
+    os.sync()
+    subprocess.run(["mount", "-o", "remount,ro", disk], check=True)
+    with open(disk / "source.bin", "rb") as file:
+        os.posix_fadvise(file.fileno(), 0, 0, os.POSIX_FADV_DONTNEED)
+    # The file lies behind the file system's own blocks.
+    with open(bench.folder / "disk.img", "r+b") as image:
+        image.truncate(20 * MIB)
+    bench.run(bench.settings("".join(
+        f"{method};0;0;0;64;0;0;1;0;{disk}/source.bin;{dest};;res.csv;false\n"
+        for method, _, _ in METHODS for dest in ("MEMORY", f"{method}.bin"))))
+    assert [row["Error"] for row in bench.rows()] == [
+        f"ERROR: Unable to read file '{disk}/source.bin' ! Input/output error"] * 6
