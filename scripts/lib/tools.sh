@@ -39,7 +39,7 @@ BUILD_FORMULAE="cmake ninja"
 BENCH_PACKAGES="$BUILD_PACKAGES libbenchmark-dev python3 fio time"
 BENCH_FORMULAE="$BUILD_FORMULAE google-benchmark fio"
 TEST_PACKAGES="$BUILD_PACKAGES libgtest-dev libbenchmark-dev python3-pytest python3-fusepy strace
-  util-linux"
+  util-linux mandoc"
 TEST_FORMULAE="$BUILD_FORMULAE googletest google-benchmark pytest"
 ALL_PACKAGES="$TEST_PACKAGES googletest clang-14 libc++-14-dev libc++abi-14-dev libclang-rt-14-dev
   lld-14 clang-format-14 clang-tidy-14"
