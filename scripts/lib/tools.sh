@@ -42,4 +42,4 @@ TEST_PACKAGES="$BUILD_PACKAGES libgtest-dev libbenchmark-dev python3-pytest pyth
   util-linux mandoc"
 TEST_FORMULAE="$BUILD_FORMULAE googletest google-benchmark pytest"
 ALL_PACKAGES="$TEST_PACKAGES googletest clang-14 libc++-14-dev libc++abi-14-dev libclang-rt-14-dev
-  lld-14 clang-format-14 clang-tidy-14"
+  lld-14 clang-format-14 clang-tidy-14 zsh fish"
