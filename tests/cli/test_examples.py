@@ -9,7 +9,7 @@ import signal
 
 import pytest
 
-from conftest import ROOT, wait_until
+from conftest import ROOT
 
 FOLDER = ROOT / "examples"
 EXAMPLES = {path.stem: path.read_text() for path in sorted(FOLDER.glob("*.bst"))}
