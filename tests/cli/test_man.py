@@ -7,7 +7,7 @@ import subprocess
 
 import pytest
 
-from conftest import HEADER, ROOT
+from conftest import HEADER, ROOT, masked
 
 PAGES = {path.name: path for path in sorted((ROOT / "docs" / "man").iterdir())}
 SOURCES = [path for path in sorted((ROOT / "src").rglob("*")) if path.suffix in (".cpp", ".h")]
@@ -112,3 +112,19 @@ def test_page_has_every_error_of_the_program():
     page_text = "\n".join(messages_of_the_page())
     lost = [text for text in starts if re.split(r"%|\n", text)[0].rstrip() not in page_text]
     assert lost == []
+
+
+def test_report_of_the_page_is_what_is_printed(bench):
+    block = re.search(r"^\.Bd -literal\n(.*?)\n\.Ed", section("marrowbench.1", "The report"),
+                      re.M | re.S)[1]
+    # "\&" is nothing, and keeps the blank in front of it at the end of a line.
+    block = block.replace("(52 underscores)", "_" * 52).replace("\\&", "")
+    line = block.splitlines()[1].strip()
+    printed = masked(bench.run(bench.settings(line))).replace(str(bench.folder), "/srv/bench")
+    assert f"\n{masked(block)}\n" in printed
+
+
+def test_page_tells_the_form_of_longer_times():
+    # As summary_line.cpp prints it: minutes, then seconds.
+    assert '"%d.%02dm.s"' in source("run/summary_line.cpp")
+    assert re.search(r"\d+\.\d\dm\.s", page("marrowbench.1"))
