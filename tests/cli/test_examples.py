@@ -9,7 +9,7 @@ import signal
 
 import pytest
 
-from conftest import ROOT
+from conftest import ROOT, needs_strace
 
 FOLDER = ROOT / "examples"
 EXAMPLES = {path.stem: path.read_text() for path in sorted(FOLDER.glob("*.bst"))}
@@ -226,6 +226,20 @@ def test_only_the_throttled_copies_are_slowed_down(bed):
     assert percent[:2] == [100, 100] and max(percent[2:]) < 100
     times = [int(row["Time ms"]) for row in bed.table()]
     assert times[2] >= 16 * 10 and times[3] >= 16 * 40
+
+
+@pytest.mark.skipif(os.environ.get("MARROWBENCH_STREAMS") == "libc++",
+                    reason="the head tells of the library of the system")
+def test_flush_makes_calls_of_ansic_only(bed):
+    needs_strace()
+    trace = bed.bench.folder / "trace"
+    bed.run("flush", prefix=["strace", "-y", "-e", "trace=write,writev", "-o", trace])
+    calls = {}
+    for name in re.findall(r"write[v]?\(\d+<[^>]*/flush_(\w+)_0\.bin>", trace.read_text()):
+        calls[name] = calls.get(name, 0) + 1
+    chunks = 262144 // DIVISOR
+    assert calls == {"ansic_kept": chunks // 4, "ansic_flushed": chunks,
+                     "stream_kept": chunks, "stream_flushed": chunks}
 
 
 def test_chain_runs_the_second_file_with_its_own_number(bed):
