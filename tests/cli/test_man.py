@@ -1,0 +1,130 @@
+"""The manual pages: well formed, and nothing of the formats and messages is left out."""
+
+import os
+import re
+import shutil
+import subprocess
+
+import pytest
+
+from conftest import HEADER, ROOT, masked
+
+PAGES = {path.name: path for path in sorted((ROOT / "docs" / "man").iterdir())}
+SOURCES = [path for path in sorted((ROOT / "src").rglob("*")) if path.suffix in (".cpp", ".h")]
+
+
+def page(name):
+    return PAGES[name].read_text()
+
+
+def section(name, title):
+    return re.search(rf'^\.S[hs] {title}\n(.*?)(?=^\.S[hs] |\Z)', page(name), re.M | re.S)[1]
+
+
+def source(name):
+    return (ROOT / "src" / name).read_text()
+
+
+def literals(text):
+    """The string literals of a C++ source, neighbours joined as the compiler does."""
+    text = re.sub(r"^\s*//.*$", "", text, flags=re.M)
+    joined = re.sub(r'(?<!\\)"\s+"', "", text)
+    return [literal.replace(r"\n", "\n") for literal in re.findall(r'"((?:\\.|[^"\\])*)"', joined)]
+
+
+def test_pages_are_these_three():
+    assert set(PAGES) == {"marrowbench.1", "marrowbench-settings.5", "marrowbench-table.5"}
+
+
+@pytest.mark.parametrize("name", PAGES)
+def test_lint(bench, name):
+    if shutil.which("mandoc") is None:
+        pytest.skip("needs mandoc")
+    # The pages refer to each other: they are looked for where they will stand.
+    for path in PAGES.values():
+        folder = bench.folder / f"man{path.suffix[1:]}"
+        folder.mkdir(exist_ok=True)
+        shutil.copy(path, folder)
+    done = subprocess.run(
+        ["mandoc", "-T", "lint", "-W", "style", PAGES[name]], capture_output=True, text=True,
+        env={**os.environ, "MANPATH": str(bench.folder)})
+    assert (done.stdout, done.returncode) == ("", 0)
+
+
+@pytest.mark.parametrize("name", PAGES)
+def test_no_word_is_taken_for_a_macro(name):
+    # "An", "No", "It" and the like at the wrong place vanish from the page without a word.
+    heads = re.findall(r"^\.(?:It|Sy|Em|Dq|Sq|Ss|Sh|Li|Pa) (.*)", page(name), re.M)
+    macros = {"An", "No", "At", "In", "Do", "Os", "Fd", "Or", "As", "Is"}
+    assert [head for head in heads if not head.startswith('"') and macros & set(head.split())] == []
+
+
+def test_table_page_has_the_columns_in_their_order():
+    columns = re.findall(r"^\.It Sy (.*)", section("marrowbench-table.5", "Columns"), re.M)
+    assert columns == HEADER.rstrip(",").split(",")
+
+
+def test_settings_page_has_every_placeholder_in_the_order_of_their_replacement():
+    known = re.findall(r'replaceAll\("(\[\w+\])"', source("paths/placeholders.cpp"))
+    assert len(known) == 11
+    items = re.findall(r"^\.It Li (.*)", section("marrowbench-settings.5", "Placeholders"), re.M)
+    assert [name for item in items for name in item.split(" , ")] == known
+
+
+def test_settings_page_has_every_field_in_its_order():
+    document = (ROOT / "docs" / "settings-file.md").read_text()
+    named = re.findall(r"^\| \d+ \| (.*?) \|", document, re.M)
+    fields = re.findall(r"^\.Sy (.*) :", section("marrowbench-settings.5", "Fields"), re.M)
+    assert len(fields) == 14
+    assert fields == named
+
+
+def test_settings_page_has_every_keyword():
+    parser = source("settings/settings_parser.cpp")
+    keywords = re.findall(r'\{"(\w+)", Method::', parser)
+    keywords += re.findall(r'"(\w+)"', " ".join(re.findall(r"takeFlag\(line, \{(.*?)\}", parser)))
+    assert len(keywords) == 11
+    shown = re.findall(r"^\.Li (\w+)", section("marrowbench-settings.5", "Fields"), re.M)
+    assert set(keywords) <= set(shown)
+
+
+VALUES = "PATH|FOLDER|LINE|REASON|NUMBER|SECONDS|TOTAL|DATA|200"
+
+
+def messages_of_the_page():
+    return re.findall(r'^\.It "(.*)"$', section("marrowbench.1", "DIAGNOSTICS"), re.M)
+
+
+@pytest.mark.parametrize("message", messages_of_the_page())
+def test_message_stands_so_in_the_program(message):
+    known = "".join(literals("\n".join(path.read_text() for path in SOURCES)))
+    # "ERROR: " is set in front by one routine; the rest is cut where a value is printed.
+    assert "ERROR: " in known
+    pieces = [piece for piece in re.split(VALUES, message.removeprefix("ERROR: "))
+              if len(piece) > 2]
+    assert pieces and [piece for piece in pieces if piece not in known] == []
+
+
+def test_page_has_every_error_of_the_program():
+    starts = {literal for path in SOURCES for literal in literals(path.read_text())
+              if re.match(r"(ERROR: |Error reading|Unable to|Unknown|No comm|single chunk)", literal)}
+    assert len(starts) >= 15
+    page_text = "\n".join(messages_of_the_page())
+    lost = [text for text in starts if re.split(r"%|\n", text)[0].rstrip() not in page_text]
+    assert lost == []
+
+
+def test_report_of_the_page_is_what_is_printed(bench):
+    block = re.search(r"^\.Bd -literal\n(.*?)\n\.Ed", section("marrowbench.1", "The report"),
+                      re.M | re.S)[1]
+    # "\&" is nothing, and keeps the blank in front of it at the end of a line.
+    block = block.replace("(52 underscores)", "_" * 52).replace("\\&", "")
+    line = block.splitlines()[1].strip()
+    printed = masked(bench.run(bench.settings(line))).replace(str(bench.folder), "/srv/bench")
+    assert f"\n{masked(block)}\n" in printed
+
+
+def test_page_tells_the_form_of_longer_times():
+    # As summary_line.cpp prints it: minutes, then seconds.
+    assert '"%d.%02dm.s"' in source("run/summary_line.cpp")
+    assert re.search(r"\d+\.\d\dm\.s", page("marrowbench.1"))
