@@ -1,6 +1,7 @@
 #include <immintrin.h>
 
 #include "run/lane_fill.h"
+#include "run/vector_support.h"
 
 // This file alone is compiled for processors with AVX2, so it includes nothing whose inline
 // functions others might share.
@@ -30,7 +31,7 @@ struct Avx2 {
 }  // namespace
 
 LaneFill laneFill256() {
-  if (!__builtin_cpu_supports("avx2")) return {};
+  if (!canRunVectors256()) return {};
   return {Avx2::kVectors * sizeof(Avx2::Words) / 8, fillLanes<Avx2>};
 }
 

@@ -1,6 +1,7 @@
 #include <immintrin.h>
 
 #include "run/lane_fill.h"
+#include "run/vector_support.h"
 
 // This file alone is compiled for processors with AVX-512 F, BW and DQ, so it includes nothing
 // whose inline functions others might share.
@@ -31,9 +32,7 @@ struct Avx512 {
 }  // namespace
 
 LaneFill laneFill512() {
-  const bool hasAll = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-                      __builtin_cpu_supports("avx512dq");
-  if (!hasAll) return {};
+  if (!canRunVectors512()) return {};
   return {Avx512::kVectors * sizeof(Avx512::Words) / 8, fillLanes<Avx512>};
 }
 

@@ -9,6 +9,23 @@
 #include "support/platform.h"
 
 namespace marrowbench {
+namespace {
+
+// Two C libraries, two forms of strerror_r(). GNU's returns the text; only for an unknown code is
+// that one that it has written into the buffer ("Unknown error 12345"), known texts stand in the
+// library.
+[[maybe_unused]] bool isKnown(const char* found, char* text, std::size_t size) {
+  if (found == text) return false;
+  (void)std::snprintf(text, size, "%s", found);
+  return true;
+}
+
+// musl's always succeeds and has one text for all unknown codes.
+[[maybe_unused]] bool isKnown(int /*status*/, const char* text, std::size_t /*size*/) {
+  return std::strcmp(text, std::strerror(-1)) != 0;
+}
+
+}  // namespace
 
 bool reserveSpace(int descriptor, Reservation /*kind*/, std::int64_t length) {
   // Linux has no request for contiguous blocks, both kinds are the same call. posix_fallocate()
@@ -32,12 +49,7 @@ bool populatePages(std::byte* memory, std::size_t size) {
 }
 
 bool systemErrorText(int code, char* text, std::size_t size) {
-  // This strerror_r() returns the text; only for an unknown code is that a number it has written
-  // into the buffer ("Unknown error 12345"), known texts stand in the library.
-  const char* found = strerror_r(code, text, size);
-  if (found == text) return false;
-  (void)std::snprintf(text, size, "%s", found);
-  return true;
+  return isKnown(strerror_r(code, text, size), text, size);
 }
 
 }  // namespace marrowbench

@@ -1,0 +1,16 @@
+#ifndef MARROWBENCH_RUN_VECTOR_SUPPORT_H
+#define MARROWBENCH_RUN_VECTOR_SUPPORT_H
+
+/// What an x86-64 processor can do and its system keeps the registers for.
+namespace marrowbench {
+
+/// AVX2.
+[[nodiscard]] bool canRunVectors256();
+
+/// AVX-512 F, BW and DQ. macOS keeps these registers only once a program has used them, so there the
+/// answer is no.
+[[nodiscard]] bool canRunVectors512();
+
+}  // namespace marrowbench
+
+#endif
