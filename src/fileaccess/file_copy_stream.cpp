@@ -1,6 +1,7 @@
 #include <cerrno>
 
 #include "fileaccess/file_copy_methods.h"
+#include "fileaccess/stream_library.h"
 
 namespace marrowbench {
 
@@ -20,7 +21,7 @@ bool _fileCopy_stream::open() {
 
 void _fileCopy_stream::setBuffering() {
   if (parameters.systemBuffer < 0) return;
-  if (parameters.systemBuffer == 0) {
+  if (parameters.systemBuffer == 0 && kUnbufferedStreamsMoveChunks) {
     source.rdbuf()->pubsetbuf(nullptr, 0);
     dest.rdbuf()->pubsetbuf(nullptr, 0);
     return;

@@ -1,6 +1,7 @@
 #include <cerrno>
 
 #include "fileaccess/file_read_write_methods.h"
+#include "fileaccess/stream_library.h"
 
 namespace marrowbench {
 
@@ -22,7 +23,7 @@ bool _fileReadWriteBuffer_stream::open() {
 // library's default buffer.
 void _fileReadWriteBuffer_stream::setInputBuffering() {
   if (parameters.systemBuffer < 0) return;
-  if (parameters.systemBuffer == 0) {
+  if (parameters.systemBuffer == 0 && kUnbufferedStreamsMoveChunks) {
     input.rdbuf()->pubsetbuf(nullptr, 0);
     return;
   }
