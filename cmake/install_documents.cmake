@@ -14,3 +14,5 @@ install(FILES packaging/completion/marrowbench.fish
   DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
+# Under the name by which Debian looks for it.
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME copyright)

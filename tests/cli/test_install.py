@@ -32,6 +32,7 @@ def test_every_file_has_its_usual_place(installed):
              if path.is_file()}
     assert files == {
         "bin/marrowbench",
+        "share/doc/marrowbench/copyright",
         "share/man/man1/marrowbench.1",
         "share/man/man5/marrowbench-settings.5",
         "share/man/man5/marrowbench-table.5",
