@@ -8,6 +8,7 @@ import pytest
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "cli"))
 
+from figures import MEASURED  # noqa: E402
 from servers import SERVERS  # noqa: E402
 from shares import Share, SharedFolder  # noqa: E402
 
@@ -35,3 +36,10 @@ def share(request):
 def folder(share, request):
     """A folder on the share, of a name that no other test uses."""
     return SharedFolder(share, request.node.originalname)
+
+
+def pytest_terminal_summary(terminalreporter):
+    if MEASURED:
+        terminalreporter.section("measured")
+    for line in MEASURED:
+        terminalreporter.write_line(line)
