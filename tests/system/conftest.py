@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import re
 import sys
 
 import pytest
@@ -35,7 +36,7 @@ def share(request):
 @pytest.fixture
 def folder(share, request):
     """A folder on the share, of a name that no other test uses."""
-    return SharedFolder(share, request.node.originalname)
+    return SharedFolder(share, re.sub(r"\W+", "_", request.node.name))
 
 
 def pytest_terminal_summary(terminalreporter):

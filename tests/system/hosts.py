@@ -43,4 +43,7 @@ class Host(Machine):
     def start(self, *argv, environment=None):
         command = self.inside("-m", "-u", "-i", "-n", "-p") + list(map(str, argv))
         environment = os.environ | (environment or {})
-        return HostJob(command, self.new_job_folder(), environment)
+        job = HostJob(command, self.new_job_folder(), environment)
+        # nsenter stops itself when its child is stopped, and then reaps nobody.
+        self.helpers.append(job.process)
+        return job

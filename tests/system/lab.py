@@ -52,13 +52,16 @@ class Lab:
         self.network("link", "delete", f"port{number}", check=False)
 
     def join_bridge(self, number):
-        self.network("link", "set", f"port{number}", "master", "bridge", "up")
-
-    def plug(self, number):
         self.network("link", "set", f"port{number}", "up")
+        self.plug(number)
+
+    # The far end of a cable, as it were: a guest's network device does not survive that its own
+    # end goes down.
+    def plug(self, number):
+        self.network("link", "set", f"port{number}", "master", "bridge")
 
     def unplug(self, number):
-        self.network("link", "set", f"port{number}", "down")
+        self.network("link", "set", f"port{number}", "nomaster")
 
     def network(self, *arguments, check=True):
         # Not inside the server's process namespace: process ids are this process's.

@@ -4,6 +4,7 @@ import os
 import pathlib
 import signal
 import subprocess
+import tempfile
 import time
 
 from program_bench import wait_until
@@ -35,9 +36,9 @@ class Machine:
     def __init__(self, name, folder, command, environment=None):
         """Starts `command` as the first process; `folder` takes what its jobs print."""
         self.name = name
-        self.folder = folder / name
-        self.folder.mkdir(exist_ok=True)
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix=f"{name}_", dir=folder))
         self.jobs = 0
+        self.helpers = []  # processes outside that stop when those inside are stopped
         # Machines end with the process that made them, however that ends.
         self.holder = subprocess.Popen(
             [*command, "setpriv", "--pdeathsig", "KILL", "unshare", "--fork", "--kill-child",
@@ -83,11 +84,17 @@ class Machine:
 
     def thaw(self):
         signal_all(self.what_freezes(), signal.SIGCONT)
+        self.wake_helpers()
+
+    def wake_helpers(self):
+        for helper in self.helpers:
+            helper.send_signal(signal.SIGCONT)
 
     def crash(self):
         """Ends everything on the machine at once, as a power failure does."""
         if self.is_alive():
             signal_all([self.first_pid()], signal.SIGKILL)
+            self.wake_helpers()
         self.holder.wait(timeout=60)
         self.holder.stdin.close()
         self.holder.stdout.close()

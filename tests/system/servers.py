@@ -20,6 +20,7 @@ class Server:
     on_guests = False    # whether its client is a part of the kernel
     daemon = ""          # the processes that serve
     preallocates = False
+    new_files_show_after = 0  # seconds until a client sees a file for which it looked in vain before
     locks_exclude = True  # whether of two clients that create one name both are told who was first
 
     def __init__(self, lab):
@@ -133,6 +134,7 @@ class Nfs(Server):
     tools = ("ganesha.nfsd", "rpcbind", "mount.nfs")
     on_guests = True
     daemon = "ganesha.nfsd"
+    new_files_show_after = 30
 
     def start(self):
         if not self.host.processes("rpcbind"):

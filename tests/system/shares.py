@@ -41,6 +41,11 @@ class Share:
         """Takes a client away; clients() starts another one in its place."""
         self.lab.remove(number, self.numbered.pop(number))
 
+    def wait_until_it_works(self):
+        """Waits until all clients see the share; after a fault that takes some a while."""
+        for client in self.numbered.values():
+            client.run("sh", "-c", f"until stat {MOUNT_POINT} && ls {MOUNT_POINT}; do sleep 0.2; done")
+
     def close(self):
         self.lab.close()
 
@@ -53,6 +58,7 @@ class SharedFolder:
         self.path = pathlib.Path(MOUNT_POINT) / name     # at the clients
         self.on_server = share.server.data / name
         self.put_by = share.clients(1)[0]
+        share.wait_until_it_works()
         self.put_by.run("mkdir", self.path)
 
     def put(self, name, content):
@@ -80,5 +86,6 @@ class SharedFolder:
         return self.on_server / "res.csv_lock.txt"
 
 
-def start_program(client, settings):
-    return client.start(os.environ["MARROWBENCH_PROGRAM"], settings)
+def start_program(client, settings, prefix=(), environment=None):
+    return client.start(*prefix, os.environ["MARROWBENCH_PROGRAM"], settings,
+                        environment=environment)

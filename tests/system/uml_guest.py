@@ -49,7 +49,7 @@ class Guest(Machine):
             self.lab / "small_xsave", "linux.uml", f"mem={MEMORY}", "quiet", "panic=1",
             "rootfstype=hostfs", "rootflags=/", "ro", f"init={HERE / 'guest_init.sh'}",
             "con=null", "con0=fd:0,fd:1", "con1=null", "ssl=null",
-            f"umid={self.name}", f"uml_dir={self.lab}/",
+            "umid=kernel", f"uml_dir={self.folder}/",
             f"vec0:transport=tap,ifname=port{self.number},gro=1,depth=128,"
             f"mac=02:90:00:00:00:{self.number:02x}",
             f"LAB={self.lab}", f"NAME={self.name}", f"ADDRESS={self.address}",
