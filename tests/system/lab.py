@@ -1,5 +1,6 @@
 """A server and its clients on a network of their own, from which nothing leads out."""
 
+import contextlib
 import pathlib
 import shutil
 import subprocess
@@ -69,6 +70,19 @@ class Lab:
                        capture_output=not check)
 
     def close(self):
-        for machine in reversed(self.machines):
-            machine.crash()
-        shutil.rmtree(self.folder)
+        """Ends everything, also when one of the machines can't be ended."""
+        with contextlib.ExitStack() as ends:
+            ends.callback(shutil.rmtree, self.folder)
+            for machine in self.machines:
+                ends.callback(machine.crash)
+        left = processes_that_name(self.folder)
+        assert not left, f"still running: {left}"
+
+
+def processes_that_name(folder):
+    """The command lines on this machine in which a folder's name stands."""
+    lines = []
+    for path in pathlib.Path("/proc").glob("[0-9]*/cmdline"):
+        with contextlib.suppress(OSError):  # it has ended
+            lines.append(path.read_bytes().replace(b"\0", b" ").decode(errors="replace"))
+    return [line for line in lines if str(folder) in line]

@@ -102,9 +102,9 @@ class Sshfs(Server):
     # The protocol has no answer for "exists already": a lost race looks like a refusal.
     locks_exclude = False
     # Without them a client may see for 20 s what was there before.
-    options = "dir_cache=no,direct_io,attr_timeout=0,entry_timeout=0"
+    options = ("dir_cache=no", "direct_io", "attr_timeout=0", "entry_timeout=0")
     # A session that does not answer for 6 s has ended, and a new one is made.
-    recovery = "reconnect,ServerAliveInterval=2"
+    recovery = ("reconnect", "ServerAliveInterval=2")
 
     def __init__(self, lab):
         super().__init__(lab)
@@ -116,7 +116,7 @@ class Sshfs(Server):
     def start(self):
         # By its full path, or it does not start.
         self.host.run(shutil.which("sshd"), "-f", "/dev/null", "-h", self.folder / "server_key",
-                      "-E", self.folder / "sshd.log", *options(
+                      "-E", self.folder / "sshd.log", *with_o(
                           f"AuthorizedKeysFile={self.folder}/client_key.pub", "StrictModes=no",
                           "PermitRootLogin=yes", "UsePAM=no", "PidFile=none",
                           "MaxStartups=100", "Subsystem=sftp internal-sftp"))
@@ -124,9 +124,16 @@ class Sshfs(Server):
 
     def mount(self, client):
         client.run("sshfs", f"root@{SERVER_ADDRESS}:{self.data}", MOUNT_POINT, "-F", "/dev/null",
-                   *options(f"{self.options},{self.recovery}", "BatchMode=yes",
+                   *with_o(*self.options, *self.recovery, "BatchMode=yes",
                             f"IdentityFile={self.folder}/client_key",
                             "StrictHostKeyChecking=no", "UserKnownHostsFile=/dev/null"))
+
+
+class CachedSshfs(Sshfs):
+    """As sshfs mounts without options for its caches."""
+
+    name = "sshfs-cached"
+    options = ()
 
 
 class Nfs(Server):
@@ -204,8 +211,10 @@ class Smb(Server):
                    "-o", f"vers=3.0,username=root,password={self.password}")
 
 
-def options(*texts):
+def with_o(*texts):
     return [argument for text in texts for argument in ("-o", text)]
 
 
-SERVERS = (Gluster, Sshfs, Nfs, Smb)
+# One share of hosts and one of guests come first: what takes minutes is done on these, FIRST.
+SERVERS = (Gluster, Nfs, Sshfs, Smb)
+FIRST = SERVERS[:2]

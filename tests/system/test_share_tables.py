@@ -5,9 +5,12 @@ import pathlib
 import re
 import time
 
+import pytest
+
 from accounts import account
 from figures import measured
 from program_bench import DATE
+from servers import FIRST, SERVERS, CachedSshfs
 from shares import start_program
 
 CLIENTS = 8
@@ -34,6 +37,11 @@ def check_table(share, folder, printed):
         f"done__client{number}" for number in range(1, CLIENTS + 1)}
 
 
+def named(server):
+    return server.name
+
+
+@pytest.mark.parametrize("share", (*SERVERS, CachedSshfs), indirect=True, ids=named)
 def test_rows_of_eight_clients_are_kept_or_told_lost(share, folder):
     clients = share.clients(CLIENTS)
     settings = folder.put("table.bst", SETTINGS)
@@ -47,6 +55,7 @@ def wait_for_the_minute(share):
         time.sleep(0.1)
 
 
+@pytest.mark.parametrize("share", FIRST, indirect=True, ids=named)
 def test_waiting_clients_start_in_the_same_minute(share, folder):
     clients = share.clients(CLIENTS)
     jobs = [start_program(client, folder.path / "wait.bst") for client in clients]
