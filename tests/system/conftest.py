@@ -2,7 +2,9 @@
 
 import os
 import pathlib
+import platform
 import re
+import subprocess
 import sys
 
 import pytest
@@ -14,20 +16,26 @@ from servers import SERVERS  # noqa: E402
 from shares import Share, SharedFolder  # noqa: E402
 
 
-def skip_unless_possible(server_class):
-    if sys.platform != "linux" or os.geteuid() != 0:
-        pytest.skip("needs namespaces, so Linux and root")
-    if server_class.missing():
-        pytest.skip(f"{server_class.name} needs {', '.join(server_class.missing())}")
-    if not server_class.on_guests and not os.path.exists("/dev/fuse"):
-        pytest.skip(f"{server_class.name} needs /dev/fuse")
-    if server_class.on_guests and not os.path.exists("/dev/net/tun"):
-        pytest.skip(f"{server_class.name} needs /dev/net/tun")
+def may_make_namespaces():
+    probe = ["unshare", "--fork", "--pid", "--mount-proc", "--net", "--uts", "--ipc", "true"]
+    return subprocess.run(probe, capture_output=True).returncode == 0
+
+
+def what_is_missing(server):
+    """Why this machine can't run a server and its clients; None when it can."""
+    if sys.platform != "linux" or os.geteuid() != 0 or not may_make_namespaces():
+        return "Linux, root and the right to make namespaces"
+    if server.on_guests and platform.machine() != "x86_64":
+        return "an x86-64 processor"
+    device = "/dev/net/tun" if server.on_guests else "/dev/fuse"
+    return ", ".join(server.missing() + [device] * (not os.path.exists(device))) or None
 
 
 @pytest.fixture(scope="session", params=SERVERS, ids=lambda server: server.name)
 def share(request):
-    skip_unless_possible(request.param)
+    missing = what_is_missing(request.param)
+    if missing:
+        pytest.skip(f"{request.param.name} needs {missing}")
     share = Share(request.param)
     yield share
     share.close()
