@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import time
 
 from lab import Lab
 from program_bench import table_rows
@@ -89,3 +90,14 @@ class SharedFolder:
 def start_program(client, settings, prefix=(), environment=None):
     return client.start(*prefix, os.environ["MARROWBENCH_PROGRAM"], settings,
                         environment=environment)
+
+
+def start_at_once(share, clients, settings):
+    """Starts the program on all clients, each ready to go when the last one is."""
+    go = share.lab.folder / "go"
+    go.unlink(missing_ok=True)
+    wait = ("sh", "-c", f'until [ -e {go} ]; do sleep 0.01; done; exec "$@"', "sh")
+    jobs = [start_program(client, settings, prefix=wait) for client in clients]
+    time.sleep(1)
+    go.touch()
+    return jobs
