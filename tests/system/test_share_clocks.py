@@ -50,10 +50,10 @@ def test_client_ahead_takes_over_a_live_lock_after_its_ten_seconds(share, folder
 def test_client_ahead_among_others_loses_nobodys_row(share, folder, ahead):
     """Nobody looks for ten seconds here, so no lock is asked for its age."""
     first, _, third = share.clients(3)
-    settings = folder.put("all.bst", one_row("[host]_[iter].bin", 20))
+    settings = folder.put("all.bst", one_row("[host]_[iter].bin", 5))
     jobs = [start_program(first, settings), ahead(settings), start_program(third, settings)]
     printed = [job.finish() for job in jobs]
     found = account(folder.rows(), printed, folder.path)
-    measured(share, f"3 clients with 20 rows each, one 3 h ahead: {found}")
-    assert found.total() == 3 * 20
-    assert found.kept == 3 * 20 or not share.server.locks_exclude
+    measured(share, f"3 clients with 5 rows each, one 3 h ahead: {found}")
+    assert found.total() == 3 * 5
+    assert found.kept == 3 * 5 or not share.server.locks_exclude
