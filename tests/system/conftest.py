@@ -4,6 +4,7 @@ import os
 import pathlib
 import platform
 import re
+import shutil
 import subprocess
 import sys
 
@@ -17,6 +18,8 @@ from shares import Share, SharedFolder  # noqa: E402
 
 
 def may_make_namespaces():
+    if shutil.which("unshare") is None:
+        return False
     probe = ["unshare", "--fork", "--pid", "--mount-proc", "--net", "--uts", "--ipc", "true"]
     return subprocess.run(probe, capture_output=True).returncode == 0
 

@@ -30,7 +30,8 @@ class Server:
 
     @classmethod
     def missing(cls):
-        tools = cls.tools + (("linux.uml", "gcc", "modprobe") if cls.on_guests else ())
+        tools = ("ip", "nsenter", "setpriv", *cls.tools)
+        tools += ("linux.uml", "gcc", "modprobe") if cls.on_guests else ()
         return [tool for tool in tools if shutil.which(tool) is None]
 
     def start(self):
