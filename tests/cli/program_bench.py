@@ -1,0 +1,83 @@
+"""The built program on a settings folder, and what it prints and writes."""
+
+import os
+import pathlib
+import re
+import subprocess
+import time
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+SANITIZED = os.environ.get("MARROWBENCH_SANITIZE") == "1"
+RULE = "-" * 64
+HEADER = (
+    "Date,Method,Type,Flush,PreAllocate,Chunk Wait,Chunk Size,Chunk Size KiB,System Buffer,"
+    "Filesize KiB,Iterations,Empty SystemCache Mode,Source,Source IP,Dest,Dest IP,Error,Zero test,"
+    "Time ms,Time KiB/s,Copy Speed %,NICa,NICa IP,NICa speed MiB/s,NICa MTU,NICb,NICb IP,"
+    "NICb speed MiB/s,NICb MTU,NICc,NICc IP,NICc speed MiB/s,NICc MTU,")
+
+DATE = r"[A-Z][a-z]{2} \d\d\. \d\d:\d\d\.\d\d"
+STAMP = r"\d\d\.\d\d\. \d\d:\d\d\.\d\d"
+
+
+def masked(text):
+    """The text with what differs from run to run replaced: stamps, times, speeds."""
+    text = re.sub(DATE, "DATE", text)
+    text = re.sub(STAMP, "STAMP", text)
+    text = re.sub(r"\d+\.\d\ds\. \d+\.\d{3} MiB/s", "TIMEs. SPEED MiB/s", text)
+    return re.sub(r"time: \d+ms \( data read/write only: \d+ms", "time: TOTALms ( data: DATAms", text)
+
+
+def table_rows(text):
+    """The cells of a table's rows by column; its header and line ends are checked."""
+    lines = text.split("\n")
+    assert lines[0] == HEADER
+    assert lines[-1] == "" and lines[-2] == "", "every append ends in an empty line"
+    rows = [line for line in lines[1:] if line]
+    assert HEADER not in rows
+    assert len(lines) == 2 + 2 * len(rows), "one empty line after each append"
+    names = HEADER.split(",")
+    return [dict(zip(names, row.split(","))) for row in rows]
+
+
+class Bench:
+    """A settings folder and the program to run on it."""
+
+    def __init__(self, folder):
+        self.folder = folder
+        self.program = os.environ["MARROWBENCH_PROGRAM"]
+        self.fast_program = os.environ["MARROWBENCH_FAST_PROGRAM"]
+        self.started = []
+
+    def settings(self, text, name="run.bst"):
+        path = self.folder / name
+        path.write_text(text)
+        return path
+
+    def start(self, *arguments, fast=False, prefix=(), **options):
+        program = self.fast_program if fast else self.program
+        environment = {k: v for k, v in os.environ.items() if k not in ("TEMP", "TMP")}
+        environment |= options.pop("environment", {})
+        process = subprocess.Popen(
+            [*prefix, program, *map(str, arguments)], stdout=subprocess.PIPE,
+            stderr=subprocess.STDOUT, env=environment, cwd=options.pop("cwd", self.folder),
+            text=True, errors="surrogateescape", **options)
+        self.started.append(process)
+        return process
+
+    def run(self, *arguments, status=0, **options):
+        """Runs the program to its end and returns what it printed."""
+        process = self.start(*arguments, **options)
+        printed, _ = process.communicate(timeout=300)
+        assert process.returncode == status, printed
+        return printed
+
+    def rows(self, name="res.csv"):
+        """The cells of the rows of a table in the folder, see table_rows."""
+        return table_rows((self.folder / name).read_text())
+
+
+def wait_until(condition, seconds=60):
+    end = time.monotonic() + seconds
+    while not condition():
+        assert time.monotonic() < end, "waited too long"
+        time.sleep(0.01)
