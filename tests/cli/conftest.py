@@ -10,9 +10,10 @@ import pytest
 
 from mounts import mounts  # a fixture
 from program_bench import (
-    DATE, HEADER, ROOT, RULE, SANITIZED, STAMP, Bench, masked, wait_until)
+    DATE, EMULATOR, HEADER, MUSL, ROOT, RULE, SANITIZED, STAMP, Bench, masked, reason, wait_until)
 
-__all__ = ["DATE", "HEADER", "ROOT", "RULE", "SANITIZED", "STAMP", "masked", "mounts", "wait_until"]
+__all__ = ["DATE", "HEADER", "MUSL", "ROOT", "RULE", "SANITIZED", "STAMP", "masked", "mounts", "reason",
+           "wait_until"]
 
 
 @pytest.fixture
@@ -38,7 +39,9 @@ def own_host_names():
 
 
 def needs_strace():
-    """Skips the test where no process may be traced."""
+    """Skips the test where the program's calls can't be traced."""
+    if EMULATOR:
+        pytest.skip("the emulator makes calls of its own")
     if shutil.which("strace") is None:
         pytest.skip("needs strace")
     if subprocess.run(["strace", "true"], capture_output=True).returncode != 0:

@@ -1,5 +1,6 @@
 """The built program on a settings folder, and what it prints and writes."""
 
+import errno
 import os
 import pathlib
 import re
@@ -8,6 +9,12 @@ import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 SANITIZED = os.environ.get("MARROWBENCH_SANITIZE") == "1"
+# Which C library's texts the program shows: a static one brings its own.
+MUSL = os.environ.get("MARROWBENCH_MUSL") == "1"
+MUSL_REASONS = {errno.EIO: "I/O error", errno.ENOMEM: "Out of memory",
+                errno.EDQUOT: "Quota exceeded", errno.EOPNOTSUPP: "Not supported"}
+# What runs a program for another processor; nothing for this one's.
+EMULATOR = os.environ.get("MARROWBENCH_EMULATOR", "").split()
 RULE = "-" * 64
 HEADER = (
     "Date,Method,Type,Flush,PreAllocate,Chunk Wait,Chunk Size,Chunk Size KiB,System Buffer,"
@@ -17,6 +24,11 @@ HEADER = (
 
 DATE = r"[A-Z][a-z]{2} \d\d\. \d\d:\d\d\.\d\d"
 STAMP = r"\d\d\.\d\d\. \d\d:\d\d\.\d\d"
+
+
+def reason(code):
+    """The C library's text for an errno code."""
+    return MUSL_REASONS.get(code, os.strerror(code)) if MUSL else os.strerror(code)
 
 
 def masked(text):
@@ -58,7 +70,7 @@ class Bench:
         environment = {k: v for k, v in os.environ.items() if k not in ("TEMP", "TMP")}
         environment |= options.pop("environment", {})
         process = subprocess.Popen(
-            [*prefix, program, *map(str, arguments)], stdout=subprocess.PIPE,
+            [*prefix, *EMULATOR, program, *map(str, arguments)], stdout=subprocess.PIPE,
             stderr=subprocess.STDOUT, env=environment, cwd=options.pop("cwd", self.folder),
             text=True, errors="surrogateescape", **options)
         self.started.append(process)

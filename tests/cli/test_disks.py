@@ -1,11 +1,13 @@
 """File systems of disks: what they grant, and what they say when they are full or broken."""
 
+import errno
 import os
 import subprocess
 
 import pytest
 
 from complete_run import ITERATIONS, METHODS, write_complete_run
+from conftest import reason
 
 LIBCXX = os.environ["MARROWBENCH_STREAMS"] == "libc++"
 MIB = 1 << 20
@@ -80,7 +82,7 @@ def test_quota_is_told(bench, mounts):
         f"{method};flush;0;0;4;0;4096;1;0;MEMORY;{limited}/{method}.bin;;res.csv;false\n"
         for method, _, _ in METHODS)))
     reasons = [row["Error"].split(" ! ")[-1] for row in bench.rows()]
-    assert reasons == ["Disk quota exceeded"] * 3
+    assert reasons == [reason(errno.EDQUOT)] * 3
 
 
 def test_broken_disk_is_told_by_each_interface(bench, mounts):
@@ -97,4 +99,4 @@ def test_broken_disk_is_told_by_each_interface(bench, mounts):
         f"{method};0;0;0;64;0;0;1;0;{disk}/source.bin;{dest};;res.csv;false\n"
         for method, _, _ in METHODS for dest in ("MEMORY", f"{method}.bin"))))
     assert [row["Error"] for row in bench.rows()] == [
-        f"ERROR: Unable to read file '{disk}/source.bin' ! Input/output error"] * 6
+        f"ERROR: Unable to read file '{disk}/source.bin' ! {reason(errno.EIO)}"] * 6

@@ -1,10 +1,13 @@
 """What a file server does wrong with a file's bytes is told by each interface."""
 
+import errno
 import os
 
 import pytest
 
-LIBCXX = os.environ["MARROWBENCH_STREAMS"] == "libc++"
+from conftest import MUSL, reason
+
+OLD_LIBCXX = os.environ["MARROWBENCH_STREAMS"] == "libc++" and not MUSL
 METHODS = ["posix", "ansic", "stream"]
 FILE = bytes(range(1, 251)) * 200  # 50,000 bytes, none of them zero
 
@@ -55,35 +58,36 @@ def test_whole_file_is_looked_through_at_its_end(bench, mounts, shown, method):
 
 
 @pytest.mark.parametrize("method", METHODS)
-@pytest.mark.parametrize("code, reason", [("EIO", "Input/output error"),
-                                          ("ESTALE", "Stale file handle")])
-def test_read_that_fails_names_file_and_reason(bench, mounts, shown, method, code, reason):
+@pytest.mark.parametrize("code", ["EIO", "ESTALE"])
+def test_read_that_fails_names_file_and_reason(bench, mounts, shown, method, code):
     mount = mounts.faulty(shown, "errno", "at=20000", f"code={code}")
     result = rows(bench, [read(method, mount / "source.bin"),
                           copy(method, mount / "source.bin", "copy.bin"),
                           read(method, shown / "source.bin")])
     for row in result[:2]:
-        assert row["Error"] == f"ERROR: Unable to read file '{mount}/source.bin' ! {reason}"
+        assert row["Error"] == (f"ERROR: Unable to read file '{mount}/source.bin' ! "
+                                + reason(getattr(errno, code)))
         assert row["Time ms"] == "0"
     assert result[2]["Error"] == "", "the tests that follow run"
 
 
 @pytest.mark.parametrize("method", ["posix", "stream"])
-@pytest.mark.parametrize("code, reason", [("ENOSPC", "No space left on device"),
-                                          ("EDQUOT", "Disk quota exceeded")])
-def test_write_that_fails_names_file_and_reason(bench, mounts, shown, method, code, reason):
+@pytest.mark.parametrize("code", ["ENOSPC", "EDQUOT"])
+def test_write_that_fails_names_file_and_reason(bench, mounts, shown, method, code):
     mount = mounts.faulty(shown, "errno", "at=20000", f"code={code}")
     result = rows(bench, [write(method, mount / "write.bin", 48),
                           copy(method, shown / "source.bin", mount / "copy.bin"),
                           write(method, mount / "small.bin", 16)])
-    # With libc++ the flush fails before the write does: the next chunk finds a stream that is bad
-    # already, and nothing to tell why.
-    copy_reason = "No Error." if LIBCXX and method == "stream" else reason
-    for row, name, told in zip(result, ("write", "copy"), (reason, copy_reason)):
+    # Where libc++ keeps stdio's buffer below its own, the flush fails before the write does: the
+    # next chunk finds a stream that is bad already, and nothing to tell why.
+    why = reason(getattr(errno, code))
+    copy_why = "No Error." if OLD_LIBCXX and method == "stream" else why
+    for row, name, told in zip(result, ("write", "copy"), (why, copy_why)):
         assert row["Error"] == f"ERROR: Unable to write file '{mount}/{name}.bin' ! {told}"
     assert result[2]["Error"] == ""
 
 
+@pytest.mark.skipif(MUSL, reason="musl's buffer is smaller than a chunk")
 def test_keeps_checking_what_stdio_took_and_not_what_its_flush_wrote(bench, mounts, shown):
     # The library's buffer has the size of the server's blocks, here more than a chunk.
     mount = mounts.faulty(shown, "errno", "at=20000", "code=ENOSPC")

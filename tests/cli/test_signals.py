@@ -36,7 +36,7 @@ def test_signal_waits_for_the_row_and_leaves_no_lock(bench, number):
         pytest.skip("the leak sanitizer refuses to be traced")
     # The row is under way as long as the write of the table is delayed.
     tracer = ["strace", "-f", "-o", "/dev/null", "-P", str(bench.folder / "res.csv"),
-              "-e", "inject=write:delay_exit=1000000", "sh", "-c", 'echo $$ > pid; exec "$@"', "sh"]
+              "-e", "inject=write,writev:delay_exit=1000000", "sh", "-c", 'echo $$ > pid; exec "$@"', "sh"]
     client = bench.start(bench.settings(TINY * 2), prefix=tracer)
     wait_until(lambda: (bench.folder / "res.csv").exists())
     assert (bench.folder / "res.csv_lock.txt").exists()

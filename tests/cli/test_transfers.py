@@ -1,11 +1,12 @@
 """Every interface with every kind of test, on real files; the data are compared."""
 
+import errno
 import resource
 import sys
 
 import pytest
 
-from conftest import SANITIZED
+from conftest import SANITIZED, reason
 
 METHODS = ["stream", "ansic", "posix"]
 
@@ -104,6 +105,6 @@ def test_no_memory_for_the_buffer_is_reported_and_the_run_goes_on(bench):
         options = {"preexec_fn": limit_memory}
     bench.run(bench.folder / "run.bst", **options)
     write, copy = bench.rows()
-    assert write["Error"] == "ERROR: Unable to allocate memory buffer! Cannot allocate memory"
+    assert write["Error"] == f"ERROR: Unable to allocate memory buffer! {reason(errno.ENOMEM)}"
     assert (write["Zero test"], write["Time ms"], copy["Error"]) == ("", "0", "")
     assert not (bench.folder / "out.bin").exists()
