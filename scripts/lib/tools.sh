@@ -44,6 +44,3 @@ TEST_FORMULAE="$BUILD_FORMULAE googletest google-benchmark pytest"
 ALL_PACKAGES="$TEST_PACKAGES googletest clang-14 libc++-14-dev libc++abi-14-dev libclang-rt-14-dev
   lld-14 clang-format-14 clang-tidy-14 zsh fish e2fsprogs
   xfsprogs btrfs-progs"
-SHARE_PACKAGES="$BUILD_PACKAGES libgtest-dev python3-pytest util-linux iproute2 gcc faketime
-  glusterfs-server glusterfs-client sshfs fuse3 openssh-server nfs-ganesha nfs-ganesha-vfs rpcbind
-  nfs-common samba cifs-utils user-mode-linux kmod"

@@ -20,7 +20,7 @@ class Server:
     on_guests = False    # whether its client is a part of the kernel
     daemon = ""          # the processes that serve
     preallocates = False
-    locks_exclude = True  # whether of two clients that create one name both are told who was first
+    keeps_all_rows = True  # of eight clients that begin at once
 
     def __init__(self, lab):
         self.host = lab.server
@@ -100,7 +100,7 @@ class Sshfs(Server):
     tools = ("sshd", "sshfs", "ssh-keygen")
     daemon = "sshd"
     # The protocol has no answer for "exists already": a lost race looks like a refusal.
-    locks_exclude = False
+    keeps_all_rows = False
     # Without them a client may see for 20 s what was there before.
     options = ("dir_cache=no", "direct_io", "attr_timeout=0", "entry_timeout=0")
     # A session that does not answer for 6 s has ended, and a new one is made.
@@ -172,6 +172,8 @@ class Smb(Server):
     on_guests = True
     daemon = "smbd"
     preallocates = True
+    # A client sees a second late that the lock is gone, so that its ten seconds may end first.
+    keeps_all_rows = False
 
     def __init__(self, lab):
         super().__init__(lab)

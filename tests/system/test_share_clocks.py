@@ -56,4 +56,4 @@ def test_client_ahead_among_others_loses_nobodys_row(share, folder, ahead):
     found = account(folder.rows(), printed, folder.path)
     measured(share, f"3 clients with 5 rows each, one 3 h ahead: {found}")
     assert found.total() == 3 * 5
-    assert found.kept == 3 * 5 or not share.server.locks_exclude
+    assert found.kept == 3 * 5 or not share.server.keeps_all_rows

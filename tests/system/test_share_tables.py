@@ -27,7 +27,7 @@ def check_table(share, folder, printed):
     measured(share, f"{CLIENTS} clients with {ITERATIONS} rows each: {found}")
     assert found.total() == ALL
     assert found.errors == found.failed == found.no_folder == 0
-    if share.server.locks_exclude:
+    if share.server.keeps_all_rows:
         assert found.kept == ALL
     owners = collections.Counter(pathlib.Path(row["Dest"]).name.split("_")[0] for row in rows)
     assert set(owners) <= {f"client{number}" for number in range(1, CLIENTS + 1)}
