@@ -55,6 +55,20 @@ def test_valgrind_finds_nothing_where_tests_fail(bench):
     assert len(failing) == 3 * 2 * 4 * 2 and all(row["Error"] for row in failing)
 
 
+def test_no_memory_at_all_ends_with_a_message(bench):
+    if shutil.which("prlimit") is None:
+        pytest.skip("needs prlimit")
+    path, ends = bench.settings("posix;0;0;0;4;0;4;1;0;small.bin;copy.bin;;;false\n"), set()
+    # From what is too little to load the program up to what is enough.
+    for kib in range(512, 12000, 256):
+        client = bench.start(path, prefix=["prlimit", f"--as={kib * 1024}", "--"])
+        printed, _ = client.communicate(timeout=60)
+        if printed.startswith("-----"):
+            assert client.returncode == 0 or printed.endswith("ERROR: Out of memory\n"), printed
+            ends.add(client.returncode)
+    assert ends == {0, 1}
+
+
 def test_failing_preallocations_leave_no_descriptor(bench):
     if shutil.which("prlimit") is None:
         pytest.skip("needs prlimit")
