@@ -7,8 +7,8 @@ namespace marrowbench {
 /// AVX2.
 [[nodiscard]] bool canRunVectors256();
 
-/// AVX-512 F, BW and DQ. macOS keeps these registers only once a program has used them, so there the
-/// answer is no.
+/// AVX-512 F, BW and DQ. macOS keeps these registers only once a program has used them, so there
+/// the answer is no.
 [[nodiscard]] bool canRunVectors512();
 
 }  // namespace marrowbench

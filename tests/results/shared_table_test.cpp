@@ -66,7 +66,8 @@ TEST_F(AppendToTable, TakesBackTheBeginningOfARowThatDoesNotFit) {
   EXPECT_FALSE(exists(lock));
 }
 
-// At the first write beyond the limit another client's row comes in, as it can where the lock failed.
+// At the first write beyond the limit another client's row comes in, as it can where the lock
+// failed.
 TEST_F(AppendToTable, TakesNothingBackWhereAnotherClientWrote) {
   const std::string before = std::string(300, 'x') + "\n\n";  // longer than the lock's note
   writeFile(table, before);
