@@ -13,6 +13,8 @@ install(FILES packaging/completion/_marrowbench
 install(FILES packaging/completion/marrowbench.fish
   DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 
-install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
+# Not what a run in the folder itself has left there.
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
+  FILES_MATCHING PATTERN "*.bst" PATTERN "README.md" PATTERN "_*_log" EXCLUDE)
 # Under the name by which Debian looks for it.
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME copyright)

@@ -12,7 +12,7 @@ from mounts import mounts  # a fixture
 from program_bench import (
     DATE, EMULATOR, HEADER, MUSL, ROOT, RULE, SANITIZED, STAMP, Bench, masked, reason, wait_until)
 
-__all__ = ["DATE", "HEADER", "MUSL", "ROOT", "RULE", "SANITIZED", "STAMP", "masked", "mounts", "reason",
+__all__ = ["DATE", "EMULATOR", "HEADER", "MUSL", "ROOT", "RULE", "SANITIZED", "STAMP", "masked", "mounts", "reason",
            "wait_until"]
 
 

@@ -9,7 +9,6 @@ import pytest
 from complete_run import ITERATIONS, METHODS, write_complete_run
 from conftest import reason
 
-LIBCXX = os.environ["MARROWBENCH_STREAMS"] == "libc++"
 MIB = 1 << 20
 
 pytestmark = pytest.mark.skipif(os.environ.get("MARROWBENCH_ALL") != "1",
