@@ -8,9 +8,16 @@ namespace marrowbench::test {
 /// Counts how often a signal takes effect, instead of letting it end the test. One at a time.
 class CaughtSignal {
  public:
-  explicit CaughtSignal(int caughtSignal) : number(caughtSignal) {
+  /// @param whenCaught  what to do each time; safe in a signal handler
+  explicit CaughtSignal(
+      int caughtSignal, void (*whenCaught)() = [] {})
+      : number(caughtSignal) {
     caught = 0;
-    before = std::signal(number, [](int) { caught = caught + 1; });
+    action = whenCaught;
+    before = std::signal(number, [](int) {
+      caught = caught + 1;
+      action();
+    });
   }
   CaughtSignal(const CaughtSignal&) = delete;
   CaughtSignal& operator=(const CaughtSignal&) = delete;
@@ -20,6 +27,7 @@ class CaughtSignal {
 
  private:
   static inline volatile std::sig_atomic_t caught = 0;
+  static inline void (*action)() = nullptr;
   int number;
   void (*before)(int) = nullptr;
 };

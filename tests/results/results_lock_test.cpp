@@ -280,16 +280,15 @@ TEST_F(ResultsLockTest, InterruptionWaitsUntilTheLockIsGone) {
   static std::string watched;
   static volatile std::sig_atomic_t lockStood;
   watched = std::string(lockPath);
-  lockStood = -1;
-  auto* const before =
-      std::signal(SIGTERM, [](int) { lockStood = access(watched.c_str(), F_OK) == 0 ? 1 : 0; });
+  const test::CaughtSignal caught(SIGTERM,
+                                  [] { lockStood = access(watched.c_str(), F_OK) == 0 ? 1 : 0; });
   ASSERT_TRUE(Attempt(lock, 0).taken);
   (void)std::raise(SIGTERM);
-  EXPECT_EQ(lockStood, -1) << "still waits";
+  EXPECT_EQ(test::CaughtSignal::count(), 0);
   EXPECT_TRUE(exists(lockPath));
   lock.release();
+  EXPECT_EQ(test::CaughtSignal::count(), 1);
   EXPECT_EQ(lockStood, 0) << "the lock was gone when it took effect";
-  (void)std::signal(SIGTERM, before);
 }
 
 TEST_F(ResultsLockTest, InterruptionIsNotHeldBackWithoutTheLock) {
