@@ -7,7 +7,7 @@ import subprocess
 
 import pytest
 
-from conftest import SANITIZED, wait_until
+from conftest import EMULATOR, SANITIZED, wait_until
 
 TEST = "posix;0;0;0;4;0;4;1;0;MEMORY;tiny.bin;;res.csv;true\n"
 MIB = 1 << 20
@@ -43,6 +43,7 @@ def test_hundred_thousand_lines_run_two_hundred_tests(bench):
 
 
 @pytest.mark.skipif(SANITIZED, reason="the sanitizers' memory is not the program's")
+@pytest.mark.skipif(bool(EMULATOR), reason="takes many minutes in an emulator")
 @pytest.mark.parametrize("content", [b"\n" * 100 * MIB, b"#" * 100 * MIB, b"\0" * 100 * MIB],
                          ids=["lines", "comment", "zeros"])
 def test_hundred_mebibytes_are_read_to_their_end(bench, content):
