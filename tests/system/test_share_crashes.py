@@ -20,6 +20,7 @@ def test_lock_of_a_dead_client_costs_ten_seconds_and_is_taken_over_when_stale(sh
     other, victim = share.clients(2)
     hold_lock(victim, folder)
     victim.crash()
+    assert folder.lock.exists(), "nobody removes it"
     before = folder.read("res.csv")
     assert len(folder.rows()) >= 1, "whole rows below a header"
 
