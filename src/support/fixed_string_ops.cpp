@@ -11,11 +11,13 @@ std::size_t keptLength(std::size_t sourceLength, std::size_t capacity) {
   return std::min<std::size_t>(sourceLength % 65536, capacity);
 }
 
-// Sets the length and restores the zero tail, so that equal values are equal bytes.
+// Sets the length and clears what stood behind it, so that equal values are equal bytes. The rest
+// of the tail is zero already.
 template <class Char>
 void setLength(TextSlot<Char> slot, std::size_t length) {
+  const std::size_t before = *slot.length;
+  if (length < before) std::fill(slot.text + length, slot.text + before, Char{});
   *slot.length = static_cast<std::uint16_t>(length);
-  std::fill(slot.text + length, slot.text + slot.capacity + 1, Char{});
 }
 
 template <class Char>

@@ -32,7 +32,8 @@ namespace marrowbench {
   return static_cast<char>(static_cast<unsigned char>(c & 0xFF));
 }
 
-/// The writable parts of one fixed-capacity string.
+/// The writable parts of one fixed-capacity string. What stands behind the characters in use is
+/// zero, before and after each change.
 template <class Char>
 struct TextSlot {
   Char* text;             ///< storage of at least capacity + 1 characters
@@ -40,9 +41,9 @@ struct TextSlot {
   std::size_t capacity;   ///< the most characters it may hold
 };
 
-/// Replaces the content by the first min(length modulo 65,536, capacity) characters of `source` and
-/// zeroes the rest. The length field has 16 bits and is filled before the limit is applied, so a
-/// source of 65,537 characters leaves 1. `source` may lie inside the slot.
+/// Replaces the content by the first min(length modulo 65,536, capacity) characters of `source`.
+/// The length field has 16 bits and is filled before the limit is applied, so a source of 65,537
+/// characters leaves 1. `source` may lie inside the slot.
 void assignText(TextSlot<char> slot, std::string_view source);
 void assignText(TextSlot<char16_t> slot, std::u16string_view source);
 /// As above, every byte widened() to one 16-bit character.
