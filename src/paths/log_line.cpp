@@ -20,6 +20,7 @@ FixedString rowStart(const FixedString& label) {
 void appendToLog(const FixedString& logPath, const FixedString& line) {
   if (!provideFolderOf(logPath)) {
     std::printf("ERROR: Folder does not exists: %s.", parentFolder(logPath).c_str());
+    flushConsole();
   }
   (void)writeTextFile(logPath, line.view(), false, false);
 }

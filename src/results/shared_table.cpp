@@ -59,21 +59,33 @@ bool appendWhole(const FixedString& path, const Table& before, const TextBuffer&
   errno = 0;
   const int status = writeTextFile(path, text, false, false);
   const int code = errno;
-  const Table after = lookAt(path);
+  if (status == 0 && code == 0) return true;
   // The writer calls a failed open a success, and a failed flush a failure even where the close
   // made up for it: then the size tells.
+  const Table after = lookAt(path);
   const auto length = static_cast<std::int64_t>(text.length());
-  const bool isWhole =
-      (status == 0 && code == 0) || (after.exists && after.size >= before.size + length);
+  const bool isWhole = after.exists && after.size >= before.size + length;
   if (!isWhole) takeBack(path, before, text);
   errno = code;
   return isWhole;
+}
+
+// The lock's name is cut to its capacity, and its file bears one character less. Of a table's path
+// of either length nothing but the path would be left: the table would be taken for the lock, and
+// deleted with it.
+bool leavesNoNameForTheLock(const FixedString& path) {
+  const std::size_t length = path.length();
+  return length == WideFixedString::capacity() || length == WideFixedString::capacity() - 1;
 }
 
 }  // namespace
 
 TableAppend appendToTable(const FixedString& path, const TextBuffer& header,
                           const TextBuffer& row) {
+  if (leavesNoNameForTheLock(path)) {
+    errno = ENAMETOOLONG;
+    return TableAppend::failed;
+  }
   WideFixedString widePath;
   widePath.assignBytes(path);
   ResultsLock lock(widePath);

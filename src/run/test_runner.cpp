@@ -109,7 +109,8 @@ void TestRunner::transferMemory(TestType type, std::int32_t iteration) {
 std::size_t TestRunner::bytesInMemory(const FixedString& path, bool isRead) const {
   std::int64_t size = config.parameters.parameters.fileSize;
   if (isRead) (void)fileStatus(path, nullptr, &size);
-  return static_cast<std::size_t>(std::clamp<std::int64_t>(size, 0, kMaxFileSize));
+  // As the test will see it, in 32 bits.
+  return static_cast<std::size_t>(std::clamp(static_cast<std::int32_t>(size), 0, kMaxFileSize));
 }
 
 void TestRunner::printRow(const FixedString& label, const FixedString& text1,

@@ -48,6 +48,23 @@ TEST_F(AppendToTable, WaitsTenSecondsForTheLock) {
   EXPECT_EQ(readFile(lock), "other");
 }
 
+TEST_F(AppendToTable, RefusesAPathThatTheNameOfItsLockIsCutTo) {
+  for (const std::size_t length : {248U, 251U}) {
+    table = folder.fileOfLength(length);
+    EXPECT_EQ(append("one\n"), TableAppend::written) << length;
+    EXPECT_EQ(readFile(table), "header\none\n\n") << length;
+  }
+  for (const std::size_t length : {249U, 250U}) {
+    table = folder.fileOfLength(length);
+    writeFile(table, "rows\n");
+    test::setModified(table, 0);
+    EXPECT_EQ(append("one\n"), TableAppend::failed) << length;
+    EXPECT_EQ(errno, ENAMETOOLONG) << length;
+    EXPECT_EQ(readFile(table), "rows\n") << length;
+    EXPECT_TRUE(test::fakeClock().sleeps.empty()) << length;
+  }
+}
+
 TEST_F(AppendToTable, TellsWhyATableCannotBeOpened) {
   std::filesystem::create_directory(table.c_str());
   EXPECT_EQ(append("one\n"), TableAppend::failed);

@@ -22,17 +22,12 @@
 namespace marrowbench {
 namespace {
 
+using test::countOf;
 using test::fakeClock;
 
 constexpr const char* kStamp = "Nov 14. 22:13.20: ";
 
 std::string row(const std::string& text) { return std::string(18, ' ') + text + "\n"; }
-
-std::size_t countOf(const std::string& text, const std::string& part) {
-  std::size_t count = 0;
-  for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
-  return count;
-}
 
 // A test line for descriptors with small memory.
 class TestRun : public testing::Test {
@@ -289,6 +284,16 @@ TEST_F(TestRun, MakesTheMemoryThatATestTouchesPresentAndNoMore) {
   EXPECT_EQ(populated[0].memory, memory);
   EXPECT_EQ(populated[0].size, 8192U) << "the file size of the write test";
   EXPECT_EQ(populated[1].size, 5000U) << "the size of the file to read";
+}
+
+TEST_F(TestRun, MakesNoMemoryPresentForASizeThatReadsNothingIn32Bits) {
+  config.sourceTemplate = folder.file("in.bin");
+  test::writeFile(config.sourceTemplate, "");
+  for (const std::uintmax_t gib : {3U, 4U}) {
+    std::filesystem::resize_file(config.sourceTemplate.c_str(), gib << 30);
+    run();
+    EXPECT_TRUE(test::fakePlatform().populated.empty()) << gib << " GiB";
+  }
 }
 
 TEST_F(TestRun, TellsWhereNullsWereFound) {
