@@ -10,10 +10,11 @@ import pytest
 
 from mounts import mounts  # a fixture
 from program_bench import (
-    DATE, EMULATOR, HEADER, MUSL, ROOT, RULE, SANITIZED, STAMP, Bench, masked, reason, wait_until)
+    DATE, EMULATOR, HEADER, MUSL, ROOT, RULE, SANITIZED, STAMP, Bench, end_group, masked, reason,
+    reserved, table_rows, until_shown, wait_until)
 
-__all__ = ["DATE", "EMULATOR", "HEADER", "MUSL", "ROOT", "RULE", "SANITIZED", "STAMP", "masked", "mounts", "reason",
-           "wait_until"]
+__all__ = ["DATE", "EMULATOR", "HEADER", "MUSL", "ROOT", "RULE", "SANITIZED", "STAMP", "end_group",
+           "masked", "mounts", "reason", "reserved", "table_rows", "until_shown", "wait_until"]
 
 
 @pytest.fixture
@@ -24,10 +25,7 @@ def bench():
         folder.mkdir()
         bench = Bench(folder)
         yield bench
-        for process in bench.started:
-            if process.poll() is None:
-                process.kill()
-                process.wait()
+        bench.end_all()
 
 
 def own_host_names():

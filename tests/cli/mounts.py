@@ -1,25 +1,27 @@
 """File systems of their own for tests; what this machine can't mount is skipped by name."""
 
+import contextlib
 import importlib.util
 import os
 import pathlib
 import shutil
 import subprocess
 import sys
-import time
 
 import pytest
+
+from program_bench import wait_until
 
 HERE = pathlib.Path(__file__).resolve().parent
 
 
 class Mounts:
-    """Mounts below a folder, unmounted at the end of a test."""
+    """Mounts in the folder of a bench."""
 
-    def __init__(self, folder):
-        self.folder = folder
-        self.made = []
-        self.servers = []
+    def __init__(self, bench, ends):
+        """`ends` gets what is to be done at the end of the test, the last first."""
+        self.folder = bench.folder
+        self.ends = ends
 
     def point(self, name):
         path = self.folder / name
@@ -31,7 +33,7 @@ class Mounts:
         done = subprocess.run(["mount", *arguments, path], capture_output=True, text=True)
         if done.returncode != 0:
             pytest.skip(f"can't mount {name}: {done.stderr.strip()}")
-        self.made.append(path)
+        self.ends.callback(unmount, path)
         return path
 
     def memory(self, options):
@@ -54,27 +56,37 @@ class Mounts:
         if not os.path.exists("/dev/fuse"):
             pytest.skip("needs /dev/fuse")
         path = self.point("faulty")
-        self.servers.append(subprocess.Popen([sys.executable, HERE / "fault_fs.py", shown, path,
-                                              *fault]))
-        end = time.monotonic() + 30
-        while not os.path.ismount(path):
-            if self.servers[-1].poll() is not None or time.monotonic() > end:
-                pytest.skip("can't mount a FUSE file system")
-            time.sleep(0.01)
-        self.made.append(path)
+        server = subprocess.Popen([sys.executable, HERE / "fault_fs.py", shown, path, *fault],
+                                  stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+        self.ends.callback(end_server, server)
+        wait_until(lambda: os.path.ismount(path) or server.poll() is not None)
+        if server.poll() is not None:
+            said = server.stdout.read()
+            assert "not permitted" in said or "Permission denied" in said, said
+            pytest.skip(f"can't mount a FUSE file system: {said.strip()}")
+        self.ends.callback(unmount, path)
         return path
 
-    def unmount(self):
-        for path in reversed(self.made):
-            subprocess.run(["umount", path], check=True)
-        for server in self.servers:
-            server.wait(timeout=30)
+
+def unmount(path):
+    # Lazily where something is still open there: nothing is to stay.
+    if subprocess.run(["umount", path]).returncode != 0:
+        subprocess.run(["umount", "--lazy", path], check=True)
+
+
+def end_server(server):
+    """It ends by itself with its mount; one that never mounted does not."""
+    with contextlib.suppress(subprocess.TimeoutExpired):
+        server.wait(timeout=30)
+    server.kill()
+    server.communicate()
 
 
 @pytest.fixture
 def mounts(bench):
     if os.geteuid() != 0:
         pytest.skip("mounting needs root")
-    mounts = Mounts(bench.folder)
-    yield mounts
-    mounts.unmount()
+    with contextlib.ExitStack() as ends:
+        mounts = Mounts(bench, ends)
+        yield mounts
+        bench.end_all()

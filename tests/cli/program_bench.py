@@ -4,6 +4,7 @@ import errno
 import os
 import pathlib
 import re
+import signal
 import subprocess
 import time
 
@@ -65,16 +66,26 @@ class Bench:
         path.write_text(text)
         return path
 
+    def put(self, text, name="run.bst"):
+        """Makes a settings file that is complete at once, for clients that wait for it."""
+        return self.settings(text, "being_written").rename(self.folder / name)
+
     def start(self, *arguments, fast=False, prefix=(), **options):
         program = self.fast_program if fast else self.program
         environment = {k: v for k, v in os.environ.items() if k not in ("TEMP", "TMP")}
         environment |= options.pop("environment", {})
         process = subprocess.Popen(
-            [*prefix, *EMULATOR, program, *map(str, arguments)], stdout=subprocess.PIPE,
-            stderr=subprocess.STDOUT, env=environment, cwd=options.pop("cwd", self.folder),
-            text=True, errors="surrogateescape", **options)
+            [*prefix, *EMULATOR, program, *map(str, arguments)],
+            stdout=options.pop("stdout", subprocess.PIPE), stderr=subprocess.STDOUT,
+            env=environment, cwd=options.pop("cwd", self.folder), text=True,
+            errors="surrogateescape", start_new_session=True, **options)
         self.started.append(process)
         return process
+
+    def end_all(self):
+        """Ends what a failed test has left running, with what it has started."""
+        for process in self.started:
+            end_group(process)
 
     def run(self, *arguments, status=0, **options):
         """Runs the program to its end and returns what it printed."""
@@ -86,6 +97,40 @@ class Bench:
     def rows(self, name="res.csv"):
         """The cells of the rows of a table in the folder, see table_rows."""
         return table_rows((self.folder / name).read_text())
+
+
+def end_group(process):
+    """Ends a process that has a session of its own, and all in it."""
+    if process.poll() is None:
+        os.killpg(process.pid, signal.SIGKILL)
+        process.wait()
+
+
+def until_shown(process, text):
+    """What a process prints up to and with this text."""
+    shown = ""
+    while not shown.endswith(text):
+        character = process.stdout.read(1)
+        assert character, f"{text!r} does not come: {shown}"
+        shown += character
+    return shown
+
+
+def reserved(bench, line, path):
+    """The status of a test's file when its first chunk is written, the others not.
+
+    None when the test refuses the reservation.
+    """
+    client = bench.start(bench.settings(line.replace("WAIT", "60000")))
+    wait_until(lambda: client.poll() is not None or (path.exists() and path.stat().st_size > 0))
+    if client.poll() is None:
+        status = path.stat()
+        client.terminate()
+        client.wait(timeout=60)
+        return status
+    (row,) = bench.rows()
+    assert row["Error"] == f"ERROR: Unable to preallocate file '{path}' ! {reason(errno.EOPNOTSUPP)}"
+    return None
 
 
 def wait_until(condition, seconds=60):

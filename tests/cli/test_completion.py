@@ -5,6 +5,7 @@ import pty
 import re
 import select
 import shutil
+import signal
 import subprocess
 import time
 
@@ -47,6 +48,8 @@ class Terminal:
             os.chdir(folder)
             os.environ.update(TERM="dumb", HOME=str(home), HISTFILE="/dev/null", PS1=PROMPT)
             os.execvp(START[shell][0], START[shell])
+
+    def set_up(self, shell):
         self.read_to(f"{PROMPT}$")
         self.ask(f"{SETUP[shell]}; {ECHO}; stty cols 400 rows 50\n")
 
@@ -67,12 +70,7 @@ class Terminal:
         return shown
 
     def close(self):
-        os.write(self.terminal, b"exit\n")
-        try:
-            while os.read(self.terminal, 65536):
-                pass
-        except OSError:
-            pass
+        os.kill(self.pid, signal.SIGKILL)
         os.close(self.terminal)
         os.waitpid(self.pid, 0)
 
@@ -91,6 +89,7 @@ def folder(bench):
 def typed(shell, folder, keys):
     terminal = Terminal(shell, folder, folder.parent / "home")
     try:
+        terminal.set_up(shell)
         return terminal.ask(keys)
     finally:
         terminal.close()

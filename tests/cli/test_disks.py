@@ -7,7 +7,7 @@ import subprocess
 import pytest
 
 from complete_run import ITERATIONS, METHODS, write_complete_run
-from conftest import reason
+from conftest import reason, reserved, table_rows
 
 MIB = 1 << 20
 
@@ -21,10 +21,6 @@ DISKS = [("ext4", 64), ("xfs", 320), ("btrfs", 128)]
 @pytest.fixture(params=DISKS, ids=lambda disk: disk[0])
 def disk(mounts, request):
     return mounts.disk(*request.param)
-
-
-def write(method, dest, prealloc="0"):
-    return f"{method};flush;{prealloc};0;64;0;4096;1;0;MEMORY;{dest};;res.csv;false\n"
 
 
 def fill(folder, room):
@@ -45,13 +41,12 @@ def test_complete_run_on_a_disk(bench, disk):
     assert copied == {source} and len(written) == 3, "each test line has data of its own"
 
 
-def test_preallocated_file_has_its_blocks_and_its_size(bench, disk):
+def test_preallocated_file_has_its_size_and_blocks_before_its_data(bench, disk):
     (disk / "source.bin").write_bytes(bytes(4 * MIB))
-    bench.run(bench.settings(f"posix;0;prealloc;0;64;0;0;1;0;{disk}/source.bin;{disk}/copy.bin;;"
-                             "res.csv;false\n" + write("posix", disk / "write.bin", "prealloc")))
-    assert [row["Error"] for row in bench.rows()] == ["", ""]
-    for name in ("copy.bin", "write.bin"):
-        status = (disk / name).stat()
+    for source in (disk / "source.bin", "MEMORY"):
+        dest = disk / f"from_{os.path.basename(source)}"
+        status = reserved(bench, f"posix;0;prealloc;WAIT;64;0;4096;1;0;{source};{dest};;res.csv;0\n",
+                          dest)
         assert status.st_size == 4 * MIB and status.st_blocks * 512 >= 4 * MIB
 
 
@@ -64,7 +59,7 @@ def test_full_disk_is_told_and_its_table_stays_whole(bench, disk):
     printed = bench.run(settings)
     told = printed.count(f"ERROR: Unable to write excel file '{table}' ! No space left on device")
     locked = printed.count("Unable to write excel file as it is still locked.")
-    kept = table.read_text().split("\n\n")[:-1] if table.exists() else []
+    kept = table_rows(table.read_text()) if table.exists() else []
     assert len(kept) + told + locked == 4, "each row is in the table or told"
     assert "No space left on device" in printed
     assert not (disk / "res.csv_lock.txt").exists()

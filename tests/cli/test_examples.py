@@ -8,7 +8,7 @@ import signal
 
 import pytest
 
-from conftest import ROOT, SANITIZED, needs_strace
+from conftest import ROOT, SANITIZED, needs_strace, until_shown
 
 FOLDER = ROOT / "examples"
 EXAMPLES = {path.stem: path.read_text() for path in sorted(FOLDER.glob("*.bst"))}
@@ -147,16 +147,9 @@ def endless(bed):
     """Some rounds: the file is renamed in the second, as its head says."""
     settings = bed.bench.folder / "endurance.bst"
     process = bed.bench.start(settings, cwd="/")
-    rounds = 0
-    printed = ""
-    while rounds < 2:
-        printed += process.stdout.readline()
-        rounds = printed.count("__  0  __")
+    printed = "".join(until_shown(process, "__  0  __") for _ in range(2))
     settings.rename(settings.with_suffix(".away"))
-    while not printed.endswith("endurance.bst'  ########\n\n."):
-        character = process.stdout.read(1)
-        assert character, printed
-        printed += character
+    printed += until_shown(process, "endurance.bst'  ########\n\n.")
     settings.with_suffix(".away").unlink()
     process.send_signal(signal.SIGINT)
     assert process.wait(timeout=30) == -signal.SIGINT
@@ -259,12 +252,8 @@ def test_start_together_begins_with_a_minute_when_the_file_comes(bed):
     text = path.read_text()
     path.unlink()
     process = bed.bench.start(path, fast=True, cwd="/")
-    shown = ""
-    while not shown.endswith("."):
-        shown = process.stdout.readline() if "#" not in shown else shown + process.stdout.read(1)
-    complete = bed.bench.folder / "new"
-    complete.write_text(text)
-    complete.rename(path)
+    until_shown(process, "########\n\n.")
+    bed.bench.put(text, path.name)
     printed, _ = process.communicate(timeout=120)
     assert "Waiting for the next minute to start..." in printed and process.returncode == 0
     assert len(bed.table()) == 1

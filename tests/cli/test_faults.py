@@ -18,7 +18,7 @@ from dataclasses import dataclass
 import pytest
 
 from complete_run import CHAINED, ITERATIONS, write_complete_run
-from conftest import HEADER, SANITIZED, masked, needs_strace, reason
+from conftest import HEADER, SANITIZED, end_group, masked, needs_strace, reason
 
 ALL = os.environ.get("MARROWBENCH_ALL") == "1"
 LIBCXX = os.environ["MARROWBENCH_STREAMS"] == "libc++"
@@ -62,9 +62,13 @@ class Run:
         folder.mkdir()
         settings = write_complete_run(folder)
         with open(folder / "printed.txt", "wb") as printed:
-            self.status = subprocess.run(
+            tracer = subprocess.Popen(
                 ["strace", "-y", "-o", folder / "trace.txt", *options, program, settings],
-                stdout=printed, stderr=subprocess.STDOUT, timeout=120).returncode
+                stdout=printed, stderr=subprocess.STDOUT, start_new_session=True)
+        try:
+            self.status = tracer.wait(timeout=120)
+        finally:
+            end_group(tracer)
 
     def text(self, name):
         path = self.folder / name
@@ -168,7 +172,7 @@ def spread(calls, kinds):
             if ALL or index == number % len(kinds)]
 
 
-def judge_all(bench, matrix, judge):
+def judge_all(bench, capsys, matrix, judge):
     """Lets `judge` check each (call, kind) in a folder of its own; fails with all that is wrong."""
     def problem(item):
         number, (call, kind) = item
@@ -183,14 +187,16 @@ def judge_all(bench, matrix, judge):
 
     with ThreadPoolExecutor(WORKERS) as pool:
         problems = [text for text in pool.map(problem, enumerate(matrix)) if text]
-    print(f"{len(matrix)} runs: {dict(collections.Counter(call.name for call, _ in matrix))}")
+    by_call = collections.Counter(call.name for call, _ in matrix).most_common()
+    with capsys.disabled():
+        print(f"\nFIGURE {len(matrix)} runs: " + ", ".join(f"{name} {n}" for name, n in by_call))
     assert not problems, "\n".join(problems)
 
 
-def test_each_call_may_fail_once(bench, normal):
+def test_each_call_may_fail_once(bench, capsys, normal):
     calls = calls_of(normal)
     assert len(calls) > 300 and len({call.name for call in calls}) >= 10
-    judge_all(bench, spread(calls, ERRNOS), lambda folder, call, name: inject(
+    judge_all(bench, capsys, spread(calls, ERRNOS), lambda folder, call, name: inject(
         bench.fast_program, folder, normal, call, name))
 
 
@@ -219,6 +225,6 @@ def end_at(bench, folder, call, name):
     assert len(run.rows(has_header)) == rows + 1 and not lock.exists()
 
 
-def test_run_may_end_at_each_call(bench, normal):
-    judge_all(bench, spread(calls_of(normal), SIGNALS), lambda folder, call, name: end_at(
+def test_run_may_end_at_each_call(bench, capsys, normal):
+    judge_all(bench, capsys, spread(calls_of(normal), SIGNALS), lambda folder, call, name: end_at(
         bench, folder, call, name))

@@ -14,11 +14,10 @@ def line(method, dest, table="res.csv", log="log.txt", size_kib=256):
 def test_full_memory_file_system_is_told_by_each_interface(bench, mounts):
     mount = mounts.memory("size=128k")
     bench.run(bench.settings("".join(line(method, mount / f"{method}.bin") for method in METHODS)))
-    rows = bench.rows()
     # What the first test wrote fills the file system: the others can't even begin.
-    for row, method in zip(rows, METHODS):
-        assert row["Error"] == (f"ERROR: Unable to write file '{mount}/{method}.bin' ! "
-                                "No space left on device")
+    assert [row["Error"] for row in bench.rows()] == [
+        f"ERROR: Unable to write file '{mount}/{method}.bin' ! No space left on device"
+        for method in METHODS]
 
 
 @pytest.mark.parametrize("room", range(0, 4096, 512))
@@ -63,5 +62,5 @@ def test_read_only_file_system_is_told(bench, mounts):
     mount = mounts.memory("size=1m")
     subprocess.run(["mount", "-o", "remount,ro", mount], check=True)
     bench.run(bench.settings("".join(line(method, mount / "a.bin") for method in METHODS)))
-    for row in bench.rows():
-        assert row["Error"] == f"ERROR: Unable to open file '{mount}/a.bin' ! Read-only file system"
+    assert [row["Error"] for row in bench.rows()] == [
+        f"ERROR: Unable to open file '{mount}/a.bin' ! Read-only file system"] * len(METHODS)

@@ -5,7 +5,7 @@ import signal
 
 import pytest
 
-from conftest import SANITIZED, needs_strace, wait_until
+from conftest import SANITIZED, needs_strace, until_shown, wait_until
 
 INTERRUPTIONS = [signal.SIGINT, signal.SIGTERM, signal.SIGHUP]
 TINY = "posix;0;0;0;4;0;4;1;0;MEMORY;tiny.bin;log.txt;res.csv;true\n"
@@ -14,7 +14,7 @@ TINY = "posix;0;0;0;4;0;4;1;0;MEMORY;tiny.bin;log.txt;res.csv;true\n"
 @pytest.mark.parametrize("number", INTERRUPTIONS)
 def test_signal_ends_a_waiting_client_with_its_own_status(bench, number):
     client = bench.start(bench.folder / "later.bst")
-    wait_until(lambda: client.stdout.readline().startswith("######## Loading"))
+    until_shown(client, "######## Loading")
     client.send_signal(number)
     assert client.wait(timeout=60) == -number
 
@@ -34,13 +34,10 @@ def test_signal_waits_for_the_row_and_leaves_no_lock(bench, number):
     needs_strace()
     if SANITIZED:
         pytest.skip("the leak sanitizer refuses to be traced")
-    # The row is under way as long as the write of the table is delayed.
-    tracer = ["strace", "-f", "-o", "/dev/null", "-P", str(bench.folder / "res.csv"),
-              "-e", "inject=write,writev:delay_exit=1000000", "sh", "-c", 'echo $$ > pid; exec "$@"', "sh"]
+    # It comes with the write of the row.
+    tracer = ["strace", "-o", "/dev/null", "-P", str(bench.folder / "res.csv"), "-e",
+              f"inject=write,writev:signal={number}:when=1"]
     client = bench.start(bench.settings(TINY * 2), prefix=tracer)
-    wait_until(lambda: (bench.folder / "res.csv").exists())
-    assert (bench.folder / "res.csv_lock.txt").exists()
-    os.kill(int((bench.folder / "pid").read_text()), number)
     assert client.wait(timeout=60) == -number
     assert not (bench.folder / "res.csv_lock.txt").exists()
     assert [row["Error"] for row in bench.rows()] == [""], "the row is whole, the next not begun"
@@ -50,7 +47,7 @@ def test_another_clients_lock_survives_a_signal(bench):
     lock = bench.folder / "res.csv_lock.txt"
     lock.write_text("another client's")
     client = bench.start(bench.settings(TINY))
-    wait_until(lambda: "Transfer " in client.stdout.readline())
+    until_shown(client, "Transfer ")
     client.send_signal(signal.SIGTERM)
     assert client.wait(timeout=60) == -signal.SIGTERM
     assert lock.read_text() == "another client's"
@@ -61,17 +58,18 @@ def test_hangup_that_is_ignored_stays_ignored(bench):
     path = bench.folder / "later.bst"
     client = bench.start(path, fast=True, preexec_fn=lambda: signal.signal(signal.SIGHUP,
                                                                            signal.SIG_IGN))
-    wait_until(lambda: client.stdout.readline().startswith("######## Loading"))
+    until_shown(client, "######## Loading")
     client.send_signal(signal.SIGHUP)
-    bench.settings(TINY, "written")
-    (bench.folder / "written").rename(path)
+    bench.put(TINY, path.name)
     assert client.wait(timeout=120) == 0
     assert len(bench.rows()) == 1
 
 
 def test_closed_console_does_not_stop_a_run(bench):
-    client = bench.start(bench.settings(TINY * 3), preexec_fn=lambda: signal.signal(
-        signal.SIGPIPE, signal.SIG_DFL))
-    client.stdout.close()
+    reader, console = os.pipe()
+    os.close(reader)
+    with os.fdopen(console) as console:
+        client = bench.start(bench.settings(TINY * 3), stdout=console,
+                             preexec_fn=lambda: signal.signal(signal.SIGPIPE, signal.SIG_DFL))
     assert client.wait(timeout=60) == 0
     assert len(bench.rows()) == 3

@@ -239,7 +239,7 @@ TYPED_TEST(CopyBufferingOf, BuffersAChunkAboveZero) {
     this->values.parameters.systemBuffer = setting;
     const auto once = this->template afterTransfers<TypeParam>(1);
     EXPECT_GT(once.in, 100) << setting;
-    EXPECT_LE(once.in, 256) << setting;
+    EXPECT_LE(once.in, 100 + 256) << setting;  // musl fills it beyond what is asked for
     EXPECT_EQ(once.out, 0U) << setting;
     EXPECT_GT(this->template afterTransfers<TypeParam>(5).out, 0U) << setting;
   }

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <string>
 
 namespace marrowbench::test {
@@ -13,6 +14,13 @@ template <class Action>
   testing::internal::CaptureStdout();
   action();
   return testing::internal::GetCapturedStdout();
+}
+
+/// How often `part` stands in `text`.
+[[nodiscard]] inline std::size_t countOf(const std::string& text, const std::string& part) {
+  std::size_t count = 0;
+  for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+  return count;
 }
 
 }  // namespace marrowbench::test

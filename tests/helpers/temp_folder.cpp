@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <fstream>
@@ -23,6 +24,18 @@ TempFolder::~TempFolder() {
 FixedString TempFolder::file(std::string_view name) const {
   return FixedString(folder.c_str()).append("/").append(name);
 }
+
+FixedString TempFolder::fileOfLength(std::size_t length) const {
+  FixedString path = file("");
+  while (path.length() < length) path.append('x');
+  return path;
+}
+
+WorkingFolder::WorkingFolder() : before(std::filesystem::current_path()) {
+  std::filesystem::current_path(path());
+}
+
+WorkingFolder::~WorkingFolder() { std::filesystem::current_path(before); }
 
 void writeFile(const FixedString& path, std::string_view content) {
   std::ofstream file(path.c_str(), std::ios::binary);

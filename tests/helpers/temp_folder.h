@@ -21,9 +21,21 @@ class TempFolder {
   [[nodiscard]] const std::string& path() const { return folder; }
   /// The path of something in it.
   [[nodiscard]] FixedString file(std::string_view name) const;
+  /// The same with a name that makes the path so many characters long.
+  [[nodiscard]] FixedString fileOfLength(std::size_t length) const;
 
  private:
   std::string folder;
+};
+
+/// A fresh folder that is the process's folder as long as it lives.
+class WorkingFolder : public TempFolder {
+ public:
+  WorkingFolder();
+  ~WorkingFolder();
+
+ private:
+  std::filesystem::path before;
 };
 
 /// Creates or replaces a file.

@@ -6,8 +6,6 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <cstdlib>
-#include <ctime>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -15,6 +13,7 @@
 #include <vector>
 
 #include "fakes/fake_clock.h"
+#include "helpers/environment_variable.h"
 #include "helpers/printed.h"
 #include "helpers/temp_folder.h"
 #include "paths/host_name.h"
@@ -22,6 +21,7 @@
 namespace marrowbench {
 namespace {
 
+using test::countOf;
 using test::exists;
 using test::fakeClock;
 using test::readFile;
@@ -61,12 +61,6 @@ std::string idleRows(const std::string& stamp, const std::string& path, int conf
   return opening(stamp, path, configIndex, line) + total(stamp);
 }
 
-std::size_t count(const std::string& text, const std::string& part) {
-  std::size_t n = 0;
-  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++n;
-  return n;
-}
-
 struct EndlessWait {};
 
 struct Outcome {
@@ -78,11 +72,9 @@ struct Outcome {
 class RunProgram : public testing::Test {
  protected:
   RunProgram() {
-    std::filesystem::current_path(folder.path());
     std::filesystem::create_directory("tests");
     duringSleep([] {});
   }
-  ~RunProgram() override { std::filesystem::current_path(oldFolder); }
 
   static Outcome run(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), "marrowbench");
@@ -120,8 +112,7 @@ class RunProgram : public testing::Test {
   }
 
  private:
-  std::filesystem::path oldFolder = std::filesystem::current_path();
-  test::TempFolder folder;
+  test::WorkingFolder folder;
 };
 
 TEST_F(RunProgram, PrintsAWholeRunOfAFileThatIsThere) {
@@ -168,8 +159,8 @@ TEST_F(RunProgram, FileFoundLateInTheMinuteStartsOneMinuteLater) {
     std::filesystem::remove("tests/run12.bst");
     writeFileAt(kNoon + c.found, "tests/run12.bst", kIdle);
     const std::string printed = run({"tests/run12.bst"}).printed;
-    EXPECT_EQ(count(printed, c.shown), 1U) << c.found << ": " << printed;
-    EXPECT_EQ(count(printed, c.start), 1U) << c.found << ": " << printed;
+    EXPECT_EQ(countOf(printed, c.shown), 1U) << c.found << ": " << printed;
+    EXPECT_EQ(countOf(printed, c.start), 1U) << c.found << ": " << printed;
   }
 }
 
@@ -231,7 +222,8 @@ TEST_F(RunProgram, RunsTheTestsInOrderWhateverTheirOutcome) {
                                  start + "b2.bin;c[cfgline].bin" + end);
   const Outcome outcome = run({"tests/run.bst"});
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(count(outcome.printed, "ERROR: Folder does not exists: tests/no/such/deep/er/\n"), 1U);
+  EXPECT_EQ(countOf(outcome.printed, "ERROR: Folder does not exists: tests/no/such/deep/er/\n"),
+            1U);
   EXPECT_EQ(readFile("tests/b2.bin"), "content");
   EXPECT_EQ(readFile("tests/c3.bin"), "content");
 }
@@ -329,7 +321,7 @@ TEST_F(RunProgram, KeepsRefusingToMarkBelowAFolderWithAShortName) {
   std::filesystem::create_directory("ab");
   writeFile("ab/run12.bst", "");
   const std::string printed = run({"ab/run12.bst"}).printed;
-  EXPECT_EQ(count(printed, "Unable to create 'Done'-Folder ab/_run12_log: "), 1U) << printed;
+  EXPECT_EQ(countOf(printed, "Unable to create 'Done'-Folder ab/_run12_log: "), 1U) << printed;
   EXPECT_FALSE(exists("ab/_run12_log"));
 }
 
@@ -338,11 +330,12 @@ TEST_F(RunProgram, TableHoldsTwoHundredTests) {
   for (int i = 0; i < 201; ++i) content += kIdle + "\n";
   writeFile("tests/run12.bst", content);
   const std::string printed = run({"tests/run12.bst"}).printed;
-  EXPECT_EQ(count(printed, "Total time: "), 200U);
-  EXPECT_EQ(count(printed,
-                  "\nError reading settings file 'tests/run12.bst', line 201: more than 200 tests, "
-                  "line ignored.\n"),
-            1U);
+  EXPECT_EQ(countOf(printed, "Total time: "), 200U);
+  EXPECT_EQ(
+      countOf(printed,
+              "\nError reading settings file 'tests/run12.bst', line 201: more than 200 tests, "
+              "line ignored.\n"),
+      1U);
 }
 
 TEST_F(RunProgram, RootFolderBeforeThePathIsPassedOver) {
@@ -369,11 +362,9 @@ TEST_F(RunProgram, EndsWithStatusOneForAnotherEnding) {
 
 TEST_F(RunProgram, StampsAreInTheLocalTimeOfTheEnvironment) {
   writeFile("tests/run12.bst", "");
-  setenv("TZ", "XYZ+3", 1);
+  const test::EnvironmentVariable zone("TZ", "XYZ+3");
   const std::string printed = run({"tests/run12.bst"}).printed;
-  setenv("TZ", "UTC", 1);
-  tzset();
-  EXPECT_EQ(count(printed, "11.14. 19:13.20\n"), 2U) << printed;
+  EXPECT_EQ(countOf(printed, "11.14. 19:13.20\n"), 2U) << printed;
 }
 
 }  // namespace

@@ -82,7 +82,7 @@ def test_archive_runs_where_it_is_unpacked(root):
     check_demo(root, folder.name)
 
 
-@pytest.mark.parametrize("system", sorted(path.name for path in (ROOT / "dist").glob("*-*")))
+@pytest.mark.parametrize("system", ["macos-x86_64", "macos-arm64", "linux-x86_64", "linux-arm64"])
 def test_every_system_has_its_archive(system):
     with tarfile.open(the_only(f"marrowbench-*-{system}.tar.gz")) as archive:
         names = {name.split("/", 1)[-1] for name in archive.getnames()}

@@ -4,12 +4,11 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <optional>
 #include <set>
 #include <string>
 
+#include "helpers/environment_variable.h"
 #include "helpers/temp_folder.h"
 
 namespace marrowbench {
@@ -36,21 +35,13 @@ extern "C" int mkdir(const char* path, mode_t mode) {
 namespace marrowbench {
 namespace {
 
-// A temporary folder that is the process's folder meanwhile.
 class FoldersTest : public testing::Test {
  protected:
-  FoldersTest() { std::filesystem::current_path(folder.path()); }
-  ~FoldersTest() override { std::filesystem::current_path(before); }
-
   static void leaveDanglingLink(const FixedString& path) {
     std::filesystem::create_symlink("nowhere", path.c_str());
   }
 
- private:
-  const std::filesystem::path before = std::filesystem::current_path();
-
- protected:
-  const test::TempFolder folder;
+  const test::WorkingFolder folder;
 };
 using FolderExists = FoldersTest;
 using CreateFolder = FoldersTest;
@@ -172,29 +163,6 @@ TEST_F(ProvideFolderOf, MakesTheSecondLevelWhenAnotherClientMadeTheFirst) {
   }
 }
 
-// One environment variable as a test wants it, as it was afterwards; null: unset.
-class Variable {
- public:
-  Variable(const char* variable, const char* value) : name(variable) {
-    if (const char* old = std::getenv(name)) before = old;
-    set(value);
-  }
-  Variable(const Variable&) = delete;
-  Variable& operator=(const Variable&) = delete;
-  ~Variable() { set(before ? before->c_str() : nullptr); }
-
- private:
-  void set(const char* value) const {
-    if (value == nullptr) {
-      unsetenv(name);
-    } else {
-      setenv(name, value, 1);
-    }
-  }
-  const char* const name;
-  std::optional<std::string> before;
-};
-
 TEST(TempFolderOfTheSystem, IsTempThenTmpThenTheDefault) {
   const std::string x249(249, 'x');
   const std::string x250(250, 'x');
@@ -213,8 +181,8 @@ TEST(TempFolderOfTheSystem, IsTempThenTmpThenTheDefault) {
                {x250.c_str(), nullptr, x250},
                {nullptr, x300.c_str(), x250}};
   for (const auto& c : cases) {
-    const Variable temp("TEMP", c.temp);
-    const Variable tmp("TMP", c.tmp);
+    const test::EnvironmentVariable temp("TEMP", c.temp);
+    const test::EnvironmentVariable tmp("TMP", c.tmp);
     EXPECT_EQ(tempFolder().view(), c.folder);
   }
 }

@@ -77,11 +77,8 @@ TEST(WriteLogLine, MissingGrandparentIsAnErrorAndTheRowIsStillShown) {
 }
 
 TEST(WriteLogLine, KeepsWritingALogWithoutFolderAfterTheError) {
-  const TempFolder folder;
-  const std::filesystem::path before = std::filesystem::current_path();
-  std::filesystem::current_path(folder.path());
+  const test::WorkingFolder folder;
   const std::string printed = printedBy([] { writeLogLine("log.txt", "x"); });
-  std::filesystem::current_path(before);
   EXPECT_EQ(printed, "ERROR: Folder does not exists: ." + kIndent + "x\n");
   EXPECT_EQ(readFile(folder.file("log.txt")), kIndent + "x\n");
 }

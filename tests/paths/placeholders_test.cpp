@@ -2,32 +2,21 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <optional>
 #include <string>
 
 #include "fakes/fake_clock.h"
+#include "helpers/environment_variable.h"
 #include "paths/host_name.h"
 #include "settings/test_config.h"
 
 namespace marrowbench {
 namespace {
 
-// TEMP is fixed for each test and set back after it.
 class ExpandPlaceholders : public testing::Test {
  protected:
   ExpandPlaceholders() {
-    if (const char* text = std::getenv("TEMP")) oldTemp = text;
-    setenv("TEMP", "/scratch", 1);
     config.settingsPath = "tests/copytest_init-12.bst";
     config.settingsFileNumber = 12;
-  }
-  ~ExpandPlaceholders() override {
-    if (oldTemp) {
-      setenv("TEMP", oldTemp->c_str(), 1);
-    } else {
-      unsetenv("TEMP");
-    }
   }
 
   [[nodiscard]] FixedString expanded(FixedString text, bool keepCfgPath = false) const {
@@ -43,7 +32,7 @@ class ExpandPlaceholders : public testing::Test {
   TestConfig config;
 
  private:
-  std::optional<std::string> oldTemp;
+  const test::EnvironmentVariable temp{"TEMP", "/scratch"};
 };
 
 TEST_F(ExpandPlaceholders, ReplacesEachPlaceholder) {
@@ -149,7 +138,7 @@ TEST_F(ExpandPlaceholders, WorksInAFixedOrder) {
       {"tests/[cfgName]/run.bst", "[cfgPath]", "tests/[cfgName]/"},
       {"[temp]dir/run.bst", "[cfgPath]", "/scratch/dir/"}};
   for (const auto& c : cases) EXPECT_EQ(expandedFor(c.path, c.text), c.result) << c.path;
-  setenv("TEMP", "/[cfgPath]", 1);
+  const test::EnvironmentVariable other("TEMP", "/[cfgPath]");
   EXPECT_EQ(expandedFor("tests/run.bst", "[temp]"), "/[cfgPath]/");
 }
 

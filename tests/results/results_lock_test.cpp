@@ -318,12 +318,7 @@ TEST_F(ResultsLockTest, LockThatCannotBeDeletedIsMovedAside) {
 // aged and moved.
 class LongLockNameTest : public ResultsLockTest {
  protected:
-  FixedString pathOfLength(std::size_t length) const {
-    FixedString path = folder.file("");
-    while (path.length() < length) path.append('x');
-    return path;
-  }
-  FixedString longResults = pathOfLength(245);
+  FixedString longResults = folder.fileOfLength(245);
   FixedString longName = FixedString(longResults).append("_lock");
   FixedString createdName = FixedString(longResults).append("_loc");
 };
@@ -334,7 +329,7 @@ TEST_F(LongLockNameTest, KeepsCuttingTheNameAt250AndTheCreatedFileAt249) {
     const char* created;
   } cases[] = {{240, "_lock.txt"}, {241, "_lock.tx"}, {242, "_lock.t"}, {245, "_loc"}};
   for (const auto& c : cases) {
-    const FixedString results = pathOfLength(c.resultsLength);
+    const FixedString results = folder.fileOfLength(c.resultsLength);
     ResultsLock held(wide(results));
     ASSERT_TRUE(Attempt(held, 0).taken) << c.resultsLength;
     const FixedString created = FixedString(results).append(c.created);
@@ -373,7 +368,7 @@ TEST_F(LongLockNameTest, KeepsTestingTheAgeOfTheLongerName) {
 }
 
 TEST_F(LongLockNameTest, KeepsMovingTheLongerNameAside) {
-  const FixedString results = pathOfLength(238);  // 247 with "_lock.txt": room for ".no"
+  const FixedString results = folder.fileOfLength(238);  // 247 with "_lock.txt": room for ".no"
   const FixedString created = FixedString(results).append("_lock.txt");
   undeletable() = created.view();
   ResultsLock held(wide(results));

@@ -16,7 +16,7 @@ std::string nothing;
 }  // namespace
 
 // Stands in for the C library's: a locale with another decimal point need not be installed.
-extern "C" lconv* localeconv() noexcept {
+extern "C" lconv* localeconv() {
   static lconv conventions{};
   conventions.decimal_point = decimalPoint.data();
   conventions.thousands_sep = nothing.data();

@@ -2,14 +2,13 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
-#include <string>
 
+#include "helpers/pages.h"
 #include "helpers/temp_folder.h"
 
 namespace marrowbench {
@@ -57,31 +56,8 @@ TEST(ReserveSpace, TellsWhyTheSystemRefuses) {
   EXPECT_EQ(errno, EBADF);
 }
 
-// Anonymous memory whose pages can be counted.
-class Pages {
- public:
-  Pages()
-      : memory(static_cast<std::byte*>(mmap(nullptr, kCount * kSize, PROT_READ | PROT_WRITE,
-                                            MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))) {}
-  Pages(const Pages&) = delete;
-  Pages& operator=(const Pages&) = delete;
-  ~Pages() { munmap(memory, kCount * kSize); }
-
-  [[nodiscard]] std::string present() const {
-    std::array<unsigned char, kCount> flags{};
-    EXPECT_EQ(mincore(memory, kCount * kSize, flags.data()), 0);
-    std::string text;
-    for (const unsigned char flag : flags) text += (flag & 1) != 0 ? 'x' : '.';
-    return text;
-  }
-
-  static constexpr std::size_t kCount = 8;
-  const std::size_t kSize = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-  std::byte* const memory;
-};
-
 TEST(PopulatePages, MakesThePagesOfTheBytesPresentAndNoOthers) {
-  const Pages pages;
+  const test::Pages pages;
   pages.memory[2 * pages.kSize] = std::byte{7};
   if (!populatePages(pages.memory + 2 * pages.kSize - 1, pages.kSize + 2)) {
     GTEST_SKIP() << "this system has no such request";

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "fakes/fake_platform.h"
+#include "helpers/pages.h"
 
 namespace marrowbench {
 namespace {
@@ -25,6 +26,13 @@ TEST(MakePresent, KeepsTheContentWhereTheSystemRefuses) {
   std::vector<std::byte> memory = before;
   makePresent(memory.data(), memory.size());
   EXPECT_EQ(memory, before);
+}
+
+TEST(MakePresent, TouchesEachPageOfTheBytesWhereTheSystemRefuses) {
+  fakePlatform().populates = false;
+  const test::Pages pages;
+  makePresent(pages.memory + 2 * pages.kSize - 1, pages.kSize + 2);
+  EXPECT_EQ(pages.present(), ".xxx....");
 }
 
 TEST(MakePresent, AsksForNothingWithoutBytes) {

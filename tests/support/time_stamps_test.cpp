@@ -2,28 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <ctime>
+#include "helpers/environment_variable.h"
 
 namespace marrowbench {
 namespace {
 
 constexpr std::int64_t kMarch = 1'709'646'458;     // 5 March 2024, 13:47:38 UTC
 constexpr std::int64_t kNovember = 1'700'522'465;  // 20 November 2023, 23:21:05 UTC
-
-class TimeZone {
- public:
-  explicit TimeZone(const char* zone) { set(zone); }
-  TimeZone(const TimeZone&) = delete;
-  TimeZone& operator=(const TimeZone&) = delete;
-  ~TimeZone() { set("UTC"); }  // that of all tests
-
- private:
-  static void set(const char* zone) {
-    setenv("TZ", zone, 1);
-    tzset();
-  }
-};
 
 TEST(ShortStamp, ShowsMonthDayAndTime) {
   EXPECT_EQ(shortStamp(kNovember).view(), "11.20. 23:21.05");
@@ -69,7 +54,7 @@ TEST(FileStamp, TimeZeroIsAllZeros) {
 }
 
 TEST(TimeStamps, AreInLocalTime) {
-  const TimeZone zone("TST-3:30");
+  const test::EnvironmentVariable zone("TZ", "TST-3:30");
   EXPECT_EQ(shortStamp(kNovember).view(), "11.21. 02:51.05");
   EXPECT_EQ(dateText(kNovember).view(), "Nov 21. 02:51.05");
   EXPECT_EQ(fileStamp(kNovember).view(), "1121_02510");

@@ -22,10 +22,14 @@ class Lab:
         # Clients log in as other users than the one who made the folder.
         self.folder.chmod(0o755)
         self.machines = []
-        self.server = self.added(Host("server", self.folder))
-        self.server.run("ip", "link", "add", "bridge", "type", "bridge")
-        self.server.run("ip", "address", "add", f"{SERVER_ADDRESS}/16", "dev", "bridge")
-        self.server.run("ip", "link", "set", "bridge", "up")
+        try:
+            self.server = self.added(Host("server", self.folder))
+            self.server.run("ip", "link", "add", "bridge", "type", "bridge")
+            self.server.run("ip", "address", "add", f"{SERVER_ADDRESS}/16", "dev", "bridge")
+            self.server.run("ip", "link", "set", "bridge", "up")
+        except BaseException:
+            self.close()
+            raise
 
     def added(self, machine):
         self.machines.append(machine)

@@ -21,6 +21,7 @@ class Server:
     daemon = ""          # the processes that serve
     preallocates = False
     keeps_all_rows = True  # of eight clients that begin at once
+    keeps_data = False   # of transfers without an error text, whatever becomes of server and cable
 
     def __init__(self, lab):
         self.host = lab.server
@@ -141,6 +142,7 @@ class Nfs(Server):
     tools = ("ganesha.nfsd", "rpcbind", "mount.nfs")
     on_guests = True
     daemon = "ganesha.nfsd"
+    keeps_data = True    # its mounts wait for the server
 
     def start(self):
         if not self.host.processes("rpcbind"):

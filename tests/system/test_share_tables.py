@@ -9,7 +9,7 @@ import pytest
 
 from accounts import account
 from figures import measured
-from program_bench import DATE
+from program_bench import DATE, wait_until
 from servers import FIRST, SERVERS, CachedSshfs
 from shares import start_at_once, start_program
 
@@ -59,6 +59,7 @@ def wait_for_the_minute():
 def test_waiting_clients_start_in_the_same_minute(share, folder):
     clients = share.clients(CLIENTS)
     jobs = [start_program(client, folder.path / "wait.bst") for client in clients]
+    wait_until(lambda: all("########\n\n." in job.printed() for job in jobs))
     wait_for_the_minute()
     folder.put("wait.bst", SETTINGS)
     printed = [job.finish() for job in jobs]

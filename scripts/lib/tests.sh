@@ -1,0 +1,8 @@
+# Sourced by the scripts that run the tests of a build.
+
+# run_tests FOLDER [CTEST ARGUMENT...]: runs them, shows their figures, and names those that this machine
+# left out, with the reason: ctest itself shows neither of tests that passed.
+run_tests() {
+  ctest --test-dir "$1" --no-tests=error --output-on-failure -j 2 "${@:2}"
+  grep -hE '^(FIGURE|SKIPPED) ' "$1/Testing/Temporary/LastTest.log" || true
+}
