@@ -21,6 +21,9 @@ class Job:
         raise NotImplementedError
 
     def printed(self):
+        """What it has printed so far; a guest takes a moment to begin."""
+        if not self.printed_path.exists():
+            return ""
         return self.printed_path.read_text(errors="surrogateescape")
 
     def finish(self, status=0, seconds=300):
