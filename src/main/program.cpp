@@ -58,6 +58,8 @@ class SettingsCycle {
     return loaded.nextPath;
   }
 
+  void printLostRows() const { lostRows.printSum(); }
+
  private:
   static void startTogether(bool existedAtFirstCheck, std::int64_t startMinute) {
     const std::int64_t now = currentSeconds();
@@ -80,7 +82,7 @@ class SettingsCycle {
     bool markDone = false;
     for (std::int32_t configIndex = 0; configIndex < count; ++configIndex) {
       TestConfig& config = table[static_cast<std::size_t>(configIndex)];
-      TestRunner::run(config, sharedMemoryBuffer, configIndex);
+      TestRunner::run(config, sharedMemoryBuffer, configIndex, lostRows);
       markDone = markDone || config.markDone;
     }
     return markDone;
@@ -88,12 +90,13 @@ class SettingsCycle {
 
   std::unique_ptr<TestConfig[]> table;
   std::byte* sharedMemoryBuffer = nullptr;
+  LostRows lostRows;
 };
 
 }  // namespace
 
 int runProgram(std::span<char* const> arguments) {
-  ignoreBrokenPipes();
+  letWritesFail();
   tzset();
   printBanner();
   const CommandLine commandLine = readCommandLine(arguments);
@@ -105,6 +108,7 @@ int runProgram(std::span<char* const> arguments) {
   SettingsCycle cycle;
   FixedString path = commandLine.settingsPath;
   while (path.isNotEmpty()) path = cycle.runFile(path);
+  cycle.printLostRows();
 
   printStamp();
   std::puts("");

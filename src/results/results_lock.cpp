@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 
 #include "support/clock.h"
 #include "support/file_status.h"
@@ -15,14 +16,11 @@ namespace {
 
 constexpr std::int32_t kPauseMs = 250;
 
-// The age is the server's time of creation against the client's clock: the margin absorbs what
-// their clocks differ by.
-constexpr std::int64_t kStaleSeconds = 10800;
-
 // The two kinds of call take copies of different length. It matters only for a name of 250
 // characters: the lock file then bears one character less than the name that is aged and renamed.
 FixedString createName(const WideFixedString& name) { return narrowedText<249>(name).view(); }
 FixedString ageName(const WideFixedString& name) { return narrowedText<499>(name).view(); }
+FixedString guardName(const WideFixedString& name) { return ageName(name).append(".take"); }
 
 bool pathExists(const FixedString& path) {
   struct stat status {};
@@ -39,6 +37,7 @@ void setWaited(int* waitedMs, int value) {
 
 ResultsLock::ResultsLock(const WideFixedString& resultsPath) : name(resultsPath) {
   name.append(u"_lock.txt");
+  mayBeAged = name != resultsPath;
 }
 
 ResultsLock::~ResultsLock() { release(); }
@@ -46,28 +45,33 @@ ResultsLock::~ResultsLock() { release(); }
 bool ResultsLock::acquire(int& timeoutMs, const WideFixedString& ownerText, int* waitedMs,
                           bool probeOnly) {
   setWaited(waitedMs, 1);
-  const int tries = std::max(timeoutMs / kPauseMs, 1);
-  int count = 0;
+  Wait wait;
+  wait.tries = std::max(timeoutMs / kPauseMs, 1);
   int countAtLastRace = -1;
   int vainRaces = 0;
   for (;;) {
-    const bool isFree = waitUntilFree(tries, count);
-    setWaited(waitedMs, count * kPauseMs);
-    if (!isFree && !removeIfStale()) return false;
+    const bool isFree = waitUntilFree(wait);
+    setWaited(waitedMs, wait.count * kPauseMs);
+    if (!isFree && !removeIfStale(wait)) {
+      errno = 0;
+      return false;
+    }
     if (probeOnly) return true;
 
     if (create()) break;
     // EEXIST is another client that came first, and worth another look, unless a folder bears the
     // name. Without a sleep since the last EEXIST something else is wrong: the name is cut, it is a
     // dangling link, or the share shows old entries.
-    const bool lostRace = errno == EEXIST && !folderStandsAt(createName(name));
-    const bool inVain = lostRace && count == countAtLastRace;
-    if (!lostRace || (inVain && ++vainRaces > tries)) {
-      setWaited(waitedMs, -count * kPauseMs);
+    const int code = errno;
+    const bool lostRace = code == EEXIST && !folderStandsAt(createName(name));
+    const bool inVain = lostRace && wait.count == countAtLastRace;
+    if (!lostRace || (inVain && ++vainRaces > wait.tries)) {
+      setWaited(waitedMs, -wait.count * kPauseMs);
+      errno = code;
       return false;
     }
     if (inVain) sleepMs(kPauseMs);
-    countAtLastRace = count;
+    countAtLastRace = wait.count;
   }
   writeNote(ownerText);
   return true;
@@ -76,46 +80,61 @@ bool ResultsLock::acquire(int& timeoutMs, const WideFixedString& ownerText, int*
 // Signals wait from before the file exists until it is deleted: nobody else would delete it.
 bool ResultsLock::create() {
   interruptions.emplace();
-  file = std::fopen(createName(name).c_str(), "wx");
-  if (file != nullptr) return true;
+  if (file.create(createName(name))) return true;
   const int code = errno;
   interruptions.reset();
   errno = code;
   return false;
 }
 
-bool ResultsLock::waitUntilFree(int tries, int& count) const {
+bool ResultsLock::waitUntilFree(Wait& wait) const {
   const FixedString path = createName(name);
-  for (; count < tries; ++count) {
+  for (; wait.count < wait.tries; ++wait.count) {
     if (!pathExists(path)) return true;
+    if (wait.count == 0) {
+      wait.lock = see(ageName(name));
+      wait.guard = see(guardName(name));
+    }
     sleepMs(kPauseMs);
   }
   return false;
 }
 
-bool ResultsLock::removeIfStale() const {
+// A lock that can't be asked is gone, and another one that comes meanwhile is somebody's: nothing
+// is deleted but the very file that was seen from the beginning.
+bool ResultsLock::removeIfStale(const Wait& wait) const {
   const FixedString path = ageName(name);
-  std::int64_t modified = 0;
-  (void)fileStatus(path, &modified);
-  if (timePassed(modified, kStaleSeconds) && pathExists(path)) (void)unlink(path.c_str());
+  if (mayBeAged && isAbandoned(wait.lock, see(path))) takeOver(wait);
   return !fileStatus(path);
 }
 
-void ResultsLock::writeNote(const WideFixedString& ownerText) const {
+// Clients that find an old lock together look at its age at the same time. Without the guard one of
+// them would delete it, and the next, a moment late, the lock that the first has created since.
+void ResultsLock::takeOver(const Wait& wait) const {
+  const FixedString path = ageName(name);
+  const FixedString guardPath = guardName(name);
+  const SignalHold hold;
+  ExclusiveFile guard;
+  if (!guard.create(guardPath)) {
+    // Whoever made it may have ended since: then the next attempt finds it gone.
+    if (isAbandoned(wait.guard, seeByOpening(guardPath))) (void)unlink(guardPath.c_str());
+    return;
+  }
+  if (isAbandoned(wait.lock, seeByOpening(path))) (void)unlink(path.c_str());
+}
+
+void ResultsLock::writeNote(const WideFixedString& ownerText) {
   FixedString note = "\n File locked by: ";
   note.append(narrowedText<499>(ownerText));
   note.append(" Time locked: ").append(dateText(currentSeconds()));
   note.append("\nInfo: This lock file should only exist a few seconds.\n\n");
   // The note is for people; the lock holds without it.
-  (void)std::fwrite(note.c_str(), note.length(), 1, file);
-  (void)std::fflush(file);
+  file.write(note);
 }
 
 void ResultsLock::release() noexcept {
-  if (file == nullptr) return;
-  (void)std::fclose(file);
-  file = nullptr;
-  if (unlink(createName(name).c_str()) != 0) {
+  if (!file.isOwned()) return;
+  if (!file.remove() && mayBeAged) {
     WideFixedString aside = name;
     aside.append(u".none");
     (void)moveFile(ageName(name), ageName(aside), true);

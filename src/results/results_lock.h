@@ -2,9 +2,10 @@
 #define MARROWBENCH_RESULTS_RESULTS_LOCK_H
 
 #include <cstdint>
-#include <cstdio>
 #include <optional>
 
+#include "results/exclusive_file.h"
+#include "results/sighting.h"
 #include "support/fixed_string.h"
 #include "support/signal_hold.h"
 
@@ -13,10 +14,12 @@ namespace marrowbench {
 /// Makes the clients that append to one results file take turns, across machines, by a lock file
 /// beside it: created exclusively, kept open while the row is appended, then deleted.
 ///
-/// While the lock is held SIGINT, SIGTERM and SIGHUP wait: a client that ends leaves no lock
-/// behind.
+/// While the lock is held SIGINT, SIGTERM, SIGHUP, SIGQUIT and SIGTSTP wait: a client that ends or
+/// is stopped leaves no lock behind.
 ///
-/// The lock file is the results path with "_lock.txt" appended, cut at 250 characters.
+/// The lock file is the results path with "_lock.txt" appended, cut at 250 characters. A results
+/// path of 249 characters would be its own lock: it must not be used. With 250 and more the lock
+/// file bears the first 249 of them and is never taken over.
 class ResultsLock {
  public:
   explicit ResultsLock(const WideFixedString& resultsPath);
@@ -25,8 +28,8 @@ class ResultsLock {
   ~ResultsLock();
 
   /// Tries to take the lock, which this object must not hold: looks up to timeoutMs / 250 times, at
-  /// least once, 250 ms apart, whether it is free. A lock file of more than 10,800 s is then taken
-  /// over.
+  /// least once, 250 ms apart, whether it is free. A lock file that has stood there since the first
+  /// look and is more than 10,800 s old is then taken over, by one client at a time.
   ///
   /// Prints nothing. It always ends: when a name can't be created although it seems to be free, the
   /// client sleeps between the attempts and gives up after as many as it would have looked.
@@ -36,22 +39,38 @@ class ResultsLock {
   /// @param waitedMs   optional: milliseconds waited, negated when the lock file could not be
   ///                   created for a reason other than another client's lock
   /// @param probeOnly  true: only finds out whether the lock could be taken, creates nothing
-  /// @return true when the lock is held (or could be)
+  /// @return true when the lock is held (or could be). When it is not, errno tells why: 0 when
+  ///         another client held it all the time, else why the lock file could not be created.
   [[nodiscard]] bool acquire(int& timeoutMs, const WideFixedString& ownerText, int* waitedMs,
                              bool probeOnly);
 
-  /// Closes and deletes the lock file; one that can't be deleted is renamed to its path + ".none",
-  /// so that it blocks nobody. Silent; nothing happens when the lock is not held.
+  /// True when the lock, which this object holds, is certainly another client's by now: this one
+  /// stood still for so long that it was taken over.
+  [[nodiscard]] bool isLost() const { return file.isReplaced(); }
+
+  /// Closes and deletes the lock file, but never another client's; one that can't be deleted is
+  /// renamed to its path + ".none", so that it blocks nobody. Silent; nothing happens when the lock
+  /// is not held.
   void release() noexcept;
 
  private:
+  // One acquire(): how often it may look, how often it has, and what it saw first.
+  struct Wait {
+    int tries = 0;
+    int count = 0;
+    std::optional<Sighting> lock;
+    std::optional<Sighting> guard;
+  };
+
   [[nodiscard]] bool create();
-  [[nodiscard]] bool waitUntilFree(int tries, int& count) const;
-  [[nodiscard]] bool removeIfStale() const;
-  void writeNote(const WideFixedString& ownerText) const;
+  [[nodiscard]] bool waitUntilFree(Wait& wait) const;
+  [[nodiscard]] bool removeIfStale(const Wait& wait) const;
+  void takeOver(const Wait& wait) const;
+  void writeNote(const WideFixedString& ownerText);
 
   WideFixedString name;
-  std::FILE* file = nullptr;
+  bool mayBeAged = true;  // false: cut so far that the name to be aged is a table's
+  ExclusiveFile file;
   std::optional<SignalHold> interruptions;  // while the lock is held
 };
 

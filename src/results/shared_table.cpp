@@ -1,16 +1,16 @@
 #include "results/shared_table.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <cstdint>
-#include <fstream>
 #include <string_view>
 
 #include "results/results_lock.h"
 #include "results/text_file_writer.h"
-#include "support/file_status.h"
 
 namespace marrowbench {
 namespace {
@@ -18,64 +18,84 @@ namespace {
 constexpr int kLockTimeoutMs = 10000;
 
 // A table as the share shows it.
+enum class TableKind { missing, file, special, unknown };
 struct Table {
-  bool exists = false;
-  bool isMissing = false;  // neither: the share does not tell
-  std::int64_t size = 0;
+  TableKind kind = TableKind::unknown;
+  std::int64_t size = 0;  // of a file
 };
 
 // Asks twice: a share may fail once, after a restart of its server say.
 Table lookAt(const FixedString& path) {
-  Table table;
-  for (int attempt = 0; attempt < 2 && !table.exists && !table.isMissing; ++attempt) {
-    errno = 0;
-    table.exists = fileStatus(path, nullptr, &table.size);
-    table.isMissing = !table.exists && errno == ENOENT;
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) == 0) {
+      if (S_ISREG(status.st_mode)) return {TableKind::file, status.st_size};
+      return {TableKind::special};
+    }
+    if (errno == ENOENT) return {TableKind::missing};
   }
-  return table;
+  return {};
 }
 
 // Whether nothing stands behind `offset` but the beginning of `text`; false where it can't be read.
-bool endsInBeginningOf(const TextBuffer& text, const FixedString& path, std::int64_t offset) {
-  std::ifstream table(path.c_str(), std::ios::binary);
-  if (!table.seekg(offset)) return false;
+bool endsInBeginningOf(const TextBuffer& text, int table, std::int64_t offset) {
   std::array<char, TextBuffer::capacity() + 1> tail{};
-  table.read(tail.data(), tail.size());
-  const std::string_view found(tail.data(), static_cast<std::size_t>(table.gcount()));
-  return table.eof() && text.view().starts_with(found);
+  const ssize_t count = pread(table, tail.data(), tail.size(), offset);
+  if (count < 0) return false;
+  return text.view().starts_with(std::string_view(tail.data(), static_cast<std::size_t>(count)));
 }
 
 // A full disk takes the beginning of a row, which would stand in front of the next client's row, or
-// an empty file, which would get no header. Only our own bytes go: where the lock or the table's
-// size could not be relied on, another client's row may stand there.
-void takeBack(const FixedString& path, const Table& before, const TextBuffer& text) {
-  if (!endsInBeginningOf(text, path, before.size)) return;
-  if (before.isMissing) (void)unlink(path.c_str());
-  if (!before.exists) return;
-  [[maybe_unused]] const int result = truncate(path.c_str(), before.size);
+// an empty file, which would get no header. Only our own bytes go, and only while nobody else may
+// write; all questions are put to one descriptor, so that they are about one file.
+void takeBack(const FixedString& path, const Table& before, const TextBuffer& text,
+              const ResultsLock& lock) {
+  const int table = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+  if (table < 0) return;
+  struct stat now {};
+  const bool mayCut = fstat(table, &now) == 0 && S_ISREG(now.st_mode) &&
+                      now.st_size >= before.size && endsInBeginningOf(text, table, before.size) &&
+                      !lock.isLost();
+  if (mayCut && before.kind == TableKind::missing) (void)unlink(path.c_str());
+  if (mayCut && before.kind == TableKind::file) {
+    [[maybe_unused]] const int result = ftruncate(table, before.size);
+  }
+  (void)close(table);
 }
 
-bool appendWhole(const FixedString& path, const Table& before, const TextBuffer& text) {
-  errno = 0;
-  const int status = writeTextFile(path, text, false, false);
+bool appendWhole(const FixedString& path, const Table& before, const TextBuffer& text,
+                 const ResultsLock& lock) {
+  bool opened = false;
+  const int status = writeTextFile(path, text, false, false, &opened);
+  if (opened && status == 0) return true;
+  if (before.kind == TableKind::special) return false;
+  // A failed flush is a failure even where the close made up for it: then the size tells.
   const int code = errno;
-  if (status == 0 && code == 0) return true;
-  // The writer calls a failed open a success, and a failed flush a failure even where the close
-  // made up for it: then the size tells.
   const Table after = lookAt(path);
   const auto length = static_cast<std::int64_t>(text.length());
-  const bool isWhole = after.exists && after.size >= before.size + length;
-  if (!isWhole) takeBack(path, before, text);
+  const bool isWhole =
+      opened && after.kind == TableKind::file && after.size >= before.size + length;
+  if (!isWhole) takeBack(path, before, text, lock);
   errno = code;
   return isWhole;
 }
 
-// The lock's name is cut to its capacity, and its file bears one character less. Of a table's path
-// of either length nothing but the path would be left: the table would be taken for the lock, and
-// deleted with it.
+// The lock's name is the table's with "_lock.txt", cut at 250 characters, and its file bears one
+// character less. Of this length nothing but the table's own path would be left: the table would be
+// taken for the lock, and deleted with it.
 bool leavesNoNameForTheLock(const FixedString& path) {
-  const std::size_t length = path.length();
-  return length == WideFixedString::capacity() || length == WideFixedString::capacity() - 1;
+  return path.length() == WideFixedString::capacity() - 1;
+}
+
+TableAppend appendUnder(const ResultsLock& lock, const FixedString& path, const TextBuffer& header,
+                        const TextBuffer& row) {
+  // Under the lock: only one client finds no table and writes the header.
+  const Table before = lookAt(path);
+  TextBuffer text;
+  if (before.kind == TableKind::missing) text = header;
+  text.append(row);
+  if (lock.isLost()) return TableAppend::takenOver;
+  return appendWhole(path, before, text, lock) ? TableAppend::written : TableAppend::failed;
 }
 
 }  // namespace
@@ -91,16 +111,11 @@ TableAppend appendToTable(const FixedString& path, const TextBuffer& header,
   ResultsLock lock(widePath);
   int timeoutMs = kLockTimeoutMs;
   if (!lock.acquire(timeoutMs, {}, nullptr, false)) return TableAppend::locked;
-  // Under the lock: only one client finds no table and writes the header.
-  const Table before = lookAt(path);
-  TextBuffer text;
-  if (before.isMissing) text = header;
-  text.append(row);
-  const bool isWritten = appendWhole(path, before, text);
+  const TableAppend outcome = appendUnder(lock, path, header, row);
   const int code = errno;
   lock.release();
   errno = code;
-  return isWritten ? TableAppend::written : TableAppend::failed;
+  return outcome;
 }
 
 }  // namespace marrowbench

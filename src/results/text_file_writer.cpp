@@ -1,6 +1,7 @@
 #include "results/text_file_writer.h"
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
 
 #include "support/clock.h"
@@ -18,9 +19,10 @@ TextBuffer lineFor(const TextBuffer& text, bool withTimestamp) {
 }  // namespace
 
 int writeTextFile(const FixedString& path, const TextBuffer& text, bool overwrite,
-                  bool withTimestamp) {
+                  bool withTimestamp, bool* opened) {
   const TextBuffer line = lineFor(text, withTimestamp);
   std::FILE* file = std::fopen(path.c_str(), overwrite ? "w" : "a");
+  if (opened != nullptr) *opened = file != nullptr;
   if (file == nullptr) return 0;
 
   // The default buffer is smaller than a line: a row would reach the share in two pieces.
@@ -29,7 +31,9 @@ int writeTextFile(const FixedString& path, const TextBuffer& text, bool overwrit
   (void)std::setvbuf(file, buffer.data(), _IOFBF, buffer.size());
   (void)std::fwrite(line.c_str(), 1, line.length(), file);
   const int flushed = std::fflush(file);
+  const int code = errno;
   const int closed = std::fclose(file);
+  if (flushed != 0) errno = code;
   return flushed | closed;
 }
 

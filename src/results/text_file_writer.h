@@ -15,10 +15,12 @@ namespace marrowbench {
 /// @param overwrite      true: the file is created anew or emptied; false: appended to, created
 ///                       when missing
 /// @param withTimestamp  puts the current local time (shortStamp) and ": " in front
+/// @param opened         optional: receives whether the file could be opened
 /// @return 0 when the file was written and closed, and also when it could not be opened: a report
-///         that can't be written must not stop a test. Non-zero when flush or close failed.
+///         that can't be written must not stop a test. Non-zero when flush or close failed. errno
+///         tells why the file could not be opened or, failing that, flushed or closed.
 int writeTextFile(const FixedString& path, const TextBuffer& text, bool overwrite,
-                  bool withTimestamp);
+                  bool withTimestamp, bool* opened = nullptr);
 
 }  // namespace marrowbench
 

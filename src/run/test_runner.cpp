@@ -6,7 +6,6 @@
 #include <string>
 #include <string_view>
 
-#include "fileaccess/error_text.h"
 #include "fileaccess/malloc_block.h"
 #include "paths/folders.h"
 #include "paths/log_line.h"
@@ -29,8 +28,8 @@ constexpr std::string_view kFolderMissing = "ERROR: Folder does not exists: ";
 }  // namespace
 
 bool TestRunner::run(TestConfig& config, std::byte*& sharedMemoryBuffer,
-                     const std::int32_t& configIndex) {
-  return TestRunner(config, sharedMemoryBuffer, configIndex).runAll();
+                     const std::int32_t& configIndex, LostRows& lostRows) {
+  return TestRunner(config, sharedMemoryBuffer, configIndex, lostRows).runAll();
 }
 
 bool TestRunner::runAll() {
@@ -155,13 +154,12 @@ void TestRunner::appendResult() {
   const ResultLines lines = buildResultLines(config, result, tableSeparator());
   if (!provideFolderOf(path)) printRow(kFolderMissing, parentFolder(path));
 
-  switch (appendToTable(path, lines.header, lines.row)) {
-    case TableAppend::written: return;
-    case TableAppend::locked:
-      return printRow("ERROR: Unable to write excel file as it is still locked.", path);
-    case TableAppend::failed:
-      return printRow("ERROR: Unable to write excel file '", path, "' ! ", errnoText(errno).view());
+  const TableAppend outcome = appendToTable(path, lines.header, lines.row);
+  const int code = errno;
+  if (outcome == TableAppend::locked) {
+    printRow("ERROR: Unable to write excel file as it is still locked.", path);
   }
+  lostRows.note(path, outcome, code);
 }
 
 }  // namespace marrowbench

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "run/lost_rows.h"
 #include "settings/test_config.h"
 
 namespace marrowbench {
@@ -16,14 +17,15 @@ class TestRunner {
   /// @param sharedMemoryBuffer  null, or 1 GiB from mallocPages(), which a memory test that finds
   ///                            null allocates. Never freed here.
   /// @param configIndex         number of the configuration in the settings file, 0 for the first
+  /// @param lostRows            told what became of each row of the results table
   /// @return false when the destination folder is missing and can't be made: the configuration
   ///         ends then at once. True otherwise, whatever the tests' outcome.
   static bool run(TestConfig& config, std::byte*& sharedMemoryBuffer,
-                  const std::int32_t& configIndex);
+                  const std::int32_t& configIndex, LostRows& lostRows);
 
  private:
-  TestRunner(TestConfig& testConfig, std::byte*& memory, std::int32_t index)
-      : config(testConfig), sharedMemoryBuffer(memory), configIndex(index) {}
+  TestRunner(TestConfig& testConfig, std::byte*& memory, std::int32_t index, LostRows& rows)
+      : config(testConfig), sharedMemoryBuffer(memory), configIndex(index), lostRows(rows) {}
 
   bool runAll();
   bool runIteration(std::int32_t iteration);
@@ -47,6 +49,7 @@ class TestRunner {
   TestConfig& config;
   std::byte*& sharedMemoryBuffer;
   const std::int32_t configIndex;
+  LostRows& lostRows;
   int memoryError = 0;      // errno of the allocation, while there is no buffer
   std::int64_t dataMs = 0;  // data time of all iterations
   _fileGLobal result;       // the latest run; only its statistics are reset between iterations

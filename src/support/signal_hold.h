@@ -5,8 +5,9 @@
 
 namespace marrowbench {
 
-/// Holds back SIGINT, SIGTERM and SIGHUP while it lives. One that came meanwhile takes effect at
-/// its end, the way it would have: it ends the process with its own status, unless it is ignored.
+/// Holds back SIGINT, SIGTERM, SIGHUP, SIGQUIT and SIGTSTP while it lives. One that came meanwhile
+/// takes effect at its end, the way it would have: it ends or stops the process, unless it is
+/// ignored.
 class SignalHold {
  public:
   SignalHold() noexcept;
@@ -18,9 +19,9 @@ class SignalHold {
   sigset_t before{};
 };
 
-/// Writing to a closed console, or to a pipe whose reader is gone, fails from here on and does not
-/// end the process.
-void ignoreBrokenPipes() noexcept;
+/// Writing to a closed console, to a pipe whose reader is gone or beyond the limit on file sizes
+/// fails from here on and does not end the process.
+void letWritesFail() noexcept;
 
 }  // namespace marrowbench
 

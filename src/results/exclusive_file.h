@@ -1,0 +1,49 @@
+#ifndef MARROWBENCH_RESULTS_EXCLUSIVE_FILE_H
+#define MARROWBENCH_RESULTS_EXCLUSIVE_FILE_H
+
+#include <cstdio>
+
+#include "support/fixed_string.h"
+
+namespace marrowbench {
+
+/// A file that only one client can create: who has created it owns it until it is removed.
+///
+/// The file stays open while it is owned, so that its owner can tell it from one that another
+/// client has put in its place.
+class ExclusiveFile {
+ public:
+  ExclusiveFile() = default;
+  ExclusiveFile(const ExclusiveFile&) = delete;
+  ExclusiveFile& operator=(const ExclusiveFile&) = delete;
+  ~ExclusiveFile();
+
+  /// Creates the file; this object must not own one.
+  ///
+  /// @return false when that fails; errno tells why, EEXIST when the file exists. Some shares have
+  ///         no such answer and say EPERM.
+  [[nodiscard]] bool create(const FixedString& filePath);
+
+  [[nodiscard]] bool isOwned() const { return file != nullptr; }
+
+  /// True when the file is certainly no longer the one at its path: it is gone, or another stands
+  /// there. False also where the share does not tell.
+  [[nodiscard]] bool isReplaced() const;
+
+  /// Writes `text` in one piece and hands it to the system. A failure is silent.
+  void write(const FixedString& text);
+
+  /// Closes and deletes the file; another one that stands in its place stays. Silent; nothing
+  /// happens when no file is owned.
+  ///
+  /// @return false when the own file could not be deleted
+  bool remove() noexcept;
+
+ private:
+  FixedString path;
+  std::FILE* file = nullptr;
+};
+
+}  // namespace marrowbench
+
+#endif
