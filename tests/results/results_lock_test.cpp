@@ -67,6 +67,10 @@ class ResultsLockTest : public testing::Test {
     setModified(lockPath, fakeClock().seconds() - seconds);
   }
   void leaveDanglingLink() { std::filesystem::create_symlink("nowhere", lockPath.c_str()); }
+  void leaveGuardOfAge(std::int64_t seconds) {
+    writeFile(guardPath, "");
+    setModified(guardPath, fakeClock().seconds() - seconds);
+  }
 
   // After the sleep of each number, counted from 1, the other clients do something.
   static void afterSleep(const std::vector<std::pair<std::size_t, std::function<void()>>>& acts) {
@@ -82,6 +86,7 @@ class ResultsLockTest : public testing::Test {
   FixedString resultsPath = folder.file("res.csv");
   FixedString lockPath = folder.file("res.csv_lock.txt");
   FixedString asidePath = folder.file("res.csv_lock.txt.none");
+  FixedString guardPath = folder.file("res.csv_lock.txt.take");
   ResultsLock lock{wide(resultsPath)};
 };
 
@@ -121,6 +126,7 @@ TEST_F(ResultsLockTest, LooksOncePerQuarterOfASecondAtLeastOnce) {
     EXPECT_EQ(fakeClock().sleeps, std::vector<std::uint32_t>(c.tries, 250'000)) << c.timeout;
     EXPECT_EQ(waited, static_cast<int>(c.tries) * 250) << c.timeout;
     EXPECT_EQ(timeout, c.timeout);
+    EXPECT_EQ(errno, 0) << "it was not free, and nothing else is wrong";
   }
   EXPECT_EQ(readFile(lockPath), "other");
 }
@@ -145,6 +151,54 @@ TEST_F(ResultsLockTest, LockOfMoreThanThreeHoursIsTakenOver) {
   EXPECT_TRUE(attempt.taken);
   EXPECT_EQ(attempt.waited, 250);
   EXPECT_EQ(readFile(lockPath).substr(0, 16), "\n File locked by");
+  EXPECT_FALSE(exists(guardPath));
+}
+
+// Its creator's clock is right, this one's hours ahead.
+TEST_F(ResultsLockTest, OldLockThatCameDuringTheWaitIsNotTakenOver) {
+  leaveLockOfAge(10801);
+  afterSleep({{1, [this] { leaveLockOfAge(10900); }}});
+  EXPECT_FALSE(Attempt(lock, 500).taken);
+  EXPECT_EQ(readFile(lockPath), "other");
+}
+
+// Between the last look and the question for the age the holder gives the lock back; another takes
+// it when the name is to be created.
+TEST_F(ResultsLockTest, LockThatIsGoneWhenItsAgeIsAskedIsNotDeleted) {
+  leaveLockOfAge(0);
+  afterSleep({{2, [this] {
+                 std::filesystem::remove(lockPath.c_str());
+                 leaveDanglingLink();
+               }}});
+  EXPECT_FALSE(Attempt(lock, 500).taken);
+  EXPECT_TRUE(exists(lockPath)) << "what can't be asked is another client's all the same";
+}
+
+TEST_F(ResultsLockTest, TakeoverIsLeftToTheClientThatHasTheGuard) {
+  leaveLockOfAge(10801);
+  leaveGuardOfAge(0);
+  EXPECT_FALSE(Attempt(lock, 0).taken);
+  EXPECT_EQ(readFile(lockPath), "other");
+  EXPECT_TRUE(exists(guardPath));
+}
+
+TEST_F(ResultsLockTest, GuardOfAClientThatEndedIsRemovedAfterThreeHours) {
+  leaveLockOfAge(20000);
+  leaveGuardOfAge(10800);
+  EXPECT_FALSE(Attempt(lock, 0).taken);
+  EXPECT_TRUE(exists(guardPath)) << "not more than three hours";
+
+  leaveGuardOfAge(10801);
+  EXPECT_FALSE(Attempt(lock, 0).taken);
+  EXPECT_FALSE(exists(guardPath));
+  EXPECT_TRUE(Attempt(lock, 0).taken) << "the next attempt finds the way free";
+}
+
+TEST_F(ResultsLockTest, GuardThatCameDuringTheWaitIsNotRemoved) {
+  leaveLockOfAge(20000);
+  afterSleep({{1, [this] { leaveGuardOfAge(10900); }}});
+  EXPECT_FALSE(Attempt(lock, 500).taken);
+  EXPECT_TRUE(exists(guardPath));
 }
 
 TEST_F(ResultsLockTest, StaleLockThatCannotBeDeletedStaysTheOtherClients) {
@@ -152,6 +206,7 @@ TEST_F(ResultsLockTest, StaleLockThatCannotBeDeletedStaysTheOtherClients) {
   undeletable() = lockPath.view();
   EXPECT_FALSE(Attempt(lock, 0).taken);
   EXPECT_EQ(readFile(lockPath), "other");
+  EXPECT_FALSE(exists(guardPath));
 }
 
 TEST_F(ResultsLockTest, ProbeCreatesNothing) {
@@ -203,13 +258,10 @@ TEST_F(ResultsLockTest, RaceLostAfterTheLastLookTestsTheAgeAgain) {
   leaveLockOfAge(10801);
   afterSleep({{1,
                [this] {
-                 std::filesystem::remove(lockPath.c_str());
+                 std::filesystem::rename(lockPath.c_str(), asidePath.c_str());
                  leaveDanglingLink();
                }},
-              {2, [this] {
-                 std::filesystem::remove(lockPath.c_str());
-                 leaveLockOfAge(10801);
-               }}});
+              {2, [this] { std::filesystem::rename(asidePath.c_str(), lockPath.c_str()); }}});
   const Attempt attempt(lock, 250);
   EXPECT_TRUE(attempt.taken);
   EXPECT_EQ(attempt.waited, 250);
@@ -220,6 +272,7 @@ TEST_F(ResultsLockTest, NameThatLooksFreeAndCannotBeCreatedIsGivenUp) {
   const Attempt attempt(lock, 1000);
   EXPECT_FALSE(attempt.taken);
   EXPECT_EQ(fakeClock().sleeps, std::vector<std::uint32_t>(4, 250'000));
+  EXPECT_EQ(errno, EEXIST);
   EXPECT_FALSE(exists(folder.file("nowhere")));
 }
 
@@ -240,6 +293,7 @@ TEST_F(ResultsLockTest, OtherFailureNegatesTheWait) {
   writeFile(folder.file("share/res.csv_lock.txt"), "other");
   afterSleep({{2, [&] { std::filesystem::rename(share, share.string() + "_gone"); }}});
   const Attempt attempt(remote, 1000);
+  EXPECT_EQ(errno, ENOENT);
   EXPECT_FALSE(attempt.taken);
   EXPECT_EQ(attempt.waited, -500);
   EXPECT_EQ(sleeps(), 2U);
@@ -257,6 +311,19 @@ TEST_F(ResultsLockTest, ReleaseDeletesTheLockAndOnlyItsOwn) {
   leaveLockOfAge(0);
   lock.release();
   EXPECT_EQ(readFile(lockPath), "other");
+}
+
+// This client stood still for hours, and another one has taken its lock over.
+TEST_F(ResultsLockTest, ReleaseLeavesTheLockOfWhoTookItOver) {
+  ASSERT_TRUE(Attempt(lock, 0).taken);
+  EXPECT_FALSE(lock.isLost());
+  std::filesystem::remove(lockPath.c_str());
+  EXPECT_TRUE(lock.isLost()) << "its client may be between deleting and creating";
+  leaveLockOfAge(0);
+  EXPECT_TRUE(lock.isLost());
+  lock.release();
+  EXPECT_EQ(readFile(lockPath), "other");
+  EXPECT_FALSE(exists(asidePath));
 }
 
 TEST_F(ResultsLockTest, ReleaseOfALockNeverTakenDoesNothing) {
@@ -385,6 +452,26 @@ TEST_F(LongLockNameTest, KeepsMovingTheLongerNameAside) {
   full.release();
   EXPECT_FALSE(exists(longName));
   EXPECT_TRUE(exists(createdName));
+}
+
+// The name that would be aged and moved is the table's.
+TEST_F(LongLockNameTest, TableOf250CharactersIsNeverTakenForAnOldLock) {
+  const FixedString table = folder.fileOfLength(250);
+  const FixedString created = FixedString(table.view().substr(0, 249));
+  writeFile(table, "rows");
+  setModified(table, fakeClock().seconds() - 20000);
+  writeFile(created, "other");
+  setModified(created, fakeClock().seconds() - 20000);
+  ResultsLock cut(wide(table));
+  EXPECT_FALSE(Attempt(cut, 250).taken);
+  EXPECT_EQ(readFile(created), "other");
+  EXPECT_EQ(readFile(table), "rows");
+
+  std::filesystem::remove(created.c_str());
+  undeletable() = created.view();
+  ASSERT_TRUE(Attempt(cut, 250).taken);
+  cut.release();
+  EXPECT_EQ(readFile(table), "rows") << "not moved aside in place of its lock";
 }
 
 class MoveFileTest : public ResultsLockTest {

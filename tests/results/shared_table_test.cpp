@@ -1,7 +1,11 @@
 #include "results/shared_table.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
@@ -49,20 +53,34 @@ TEST_F(AppendToTable, WaitsTenSecondsForTheLock) {
 }
 
 TEST_F(AppendToTable, RefusesAPathThatTheNameOfItsLockIsCutTo) {
-  for (const std::size_t length : {248U, 251U}) {
+  for (const std::size_t length : {248U, 250U, 251U}) {
     table = folder.fileOfLength(length);
     EXPECT_EQ(append("one\n"), TableAppend::written) << length;
-    EXPECT_EQ(readFile(table), "header\none\n\n") << length;
-  }
-  for (const std::size_t length : {249U, 250U}) {
-    table = folder.fileOfLength(length);
-    writeFile(table, "rows\n");
     test::setModified(table, 0);
-    EXPECT_EQ(append("one\n"), TableAppend::failed) << length;
-    EXPECT_EQ(errno, ENAMETOOLONG) << length;
-    EXPECT_EQ(readFile(table), "rows\n") << length;
-    EXPECT_TRUE(test::fakeClock().sleeps.empty()) << length;
+    EXPECT_EQ(append("two\n"), TableAppend::written) << length;
+    EXPECT_EQ(readFile(table), "header\none\n\ntwo\n\n") << length;
   }
+  table = folder.fileOfLength(249);
+  writeFile(table, "rows\n");
+  test::setModified(table, 0);
+  EXPECT_EQ(append("one\n"), TableAppend::failed);
+  EXPECT_EQ(errno, ENAMETOOLONG);
+  EXPECT_EQ(readFile(table), "rows\n");
+  EXPECT_TRUE(test::fakeClock().sleeps.empty());
+}
+
+TEST_F(AppendToTable, TellsWhyThereIsNoLock) {
+  table = folder.file("missing/res.csv");
+  EXPECT_EQ(append("one\n"), TableAppend::locked);
+  EXPECT_EQ(errno, ENOENT);
+}
+
+TEST_F(AppendToTable, FollowsALinkToTheTable) {
+  const FixedString file = folder.file("real.csv");
+  std::filesystem::create_symlink(file.c_str(), table.c_str());
+  EXPECT_EQ(append("one\n"), TableAppend::written);
+  EXPECT_EQ(append("two\n"), TableAppend::written);
+  EXPECT_EQ(readFile(file), "header\none\n\ntwo\n\n");
 }
 
 TEST_F(AppendToTable, TellsWhyATableCannotBeOpened) {
@@ -70,6 +88,16 @@ TEST_F(AppendToTable, TellsWhyATableCannotBeOpened) {
   EXPECT_EQ(append("one\n"), TableAppend::failed);
   EXPECT_EQ(errno, EISDIR);
   EXPECT_FALSE(exists(lock));
+}
+
+TEST_F(AppendToTable, WritesToAPipeAsItIs) {
+  ASSERT_EQ(mkfifo(table.c_str(), 0666), 0);
+  const int reader = open(table.c_str(), O_RDONLY | O_NONBLOCK);
+  EXPECT_EQ(append("one\n"), TableAppend::written);
+  std::array<char, 100> text{};
+  EXPECT_EQ(read(reader, text.data(), text.size()), 5);
+  EXPECT_STREQ(text.data(), "one\n\n") << "no header: the table exists";
+  close(reader);
 }
 
 TEST_F(AppendToTable, TakesBackTheBeginningOfARowThatDoesNotFit) {
@@ -83,22 +111,47 @@ TEST_F(AppendToTable, TakesBackTheBeginningOfARowThatDoesNotFit) {
   EXPECT_FALSE(exists(lock));
 }
 
-// At the first write beyond the limit another client's row comes in, as it can where the lock
-// failed.
-TEST_F(AppendToTable, TakesNothingBackWhereAnotherClientWrote) {
-  const std::string before = std::string(300, 'x') + "\n\n";  // longer than the lock's note
-  writeFile(table, before);
-  static FixedString shared;
-  shared = table;
-  {
-    const test::FileSizeLimit limit(before.size() + 5);
-    (void)std::signal(SIGXFSZ, [](int) {
-      const test::FileSizeLimit noLimit(RLIM_INFINITY);
-      writeFile(shared, readFile(shared) + "other\n");
-    });
-    EXPECT_EQ(append("a row that is longer\n"), TableAppend::failed);
+// At the first write beyond the limit, in place of what other clients do at that moment.
+class InterruptedAppend : public AppendToTable {
+ protected:
+  InterruptedAppend() {
+    shared = table;
+    sharedLock = lock;
   }
+
+  // Appends a row of which five characters fit.
+  TableAppend appendCut(void (*meanwhile)(int)) {
+    const test::FileSizeLimit limit(before.size() + 5);
+    (void)std::signal(SIGXFSZ, meanwhile);
+    return append("a row that is longer\n");
+  }
+
+  static inline FixedString shared;
+  static inline FixedString sharedLock;
+  const std::string before = std::string(300, 'x') + "\n\n";  // longer than the lock's note
+};
+
+TEST_F(InterruptedAppend, TakesNothingBackWhereAnotherClientWrote) {
+  writeFile(table, before);
+  EXPECT_EQ(appendCut([](int) {
+              const test::FileSizeLimit noLimit(RLIM_INFINITY);
+              writeFile(shared, readFile(shared) + "other\n");
+            }),
+            TableAppend::failed);
   EXPECT_EQ(readFile(table), before + "a rowother\n");
+}
+
+TEST_F(InterruptedAppend, NeverLengthensATableThatWasMadeAnew) {
+  writeFile(table, before);
+  EXPECT_EQ(appendCut([](int) { writeFile(shared, "short"); }), TableAppend::failed);
+  EXPECT_EQ(readFile(table), "short");
+}
+
+TEST_F(InterruptedAppend, TakesNothingBackWithoutTheLock) {
+  writeFile(table, before);
+  EXPECT_EQ(appendCut([](int) { std::filesystem::remove(sharedLock.c_str()); }),
+            TableAppend::failed);
+  EXPECT_EQ(readFile(table), before + "a row");
 }
 
 TEST_F(AppendToTable, LeavesNoTableBehindWhenTheFirstRowDoesNotFit) {

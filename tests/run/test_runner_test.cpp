@@ -42,7 +42,11 @@ class TestRun : public testing::Test {
   }
 
   std::string run(std::int32_t configIndex = 0) {
-    return test::printedBy([&] { result = TestRunner::run(config, memory, configIndex); });
+    testing::internal::CaptureStderr();
+    std::string text = test::printedBy(
+        [&] { result = TestRunner::run(config, memory, configIndex, lostRows); });
+    told = testing::internal::GetCapturedStderr();
+    return text;
   }
 
   // What stands between the opening and the closing rows.
@@ -66,6 +70,8 @@ class TestRun : public testing::Test {
   std::vector<std::byte> room = std::vector<std::byte>(65536);
   std::byte* memory = room.data();
   bool result = false;
+  LostRows lostRows;
+  std::string told;  // on standard error
 };
 
 TEST_F(TestRun, ReportsAWriteTestOnConsoleLogAndTable) {
@@ -476,16 +482,25 @@ TEST_F(TestRun, PrintsNoRowOfATableWithoutPath) {
   EXPECT_EQ(std::distance(begin(entries), end(entries)), 1) << "the file written";
 }
 
-TEST_F(TestRun, TellsWhyARowCantBeWritten) {
+TEST_F(TestRun, TellsARowThatCantBeWrittenOnStandardErrorOnly) {
+  config.destTemplate = folder.file("out.bin");
+  config.logTemplate = folder.file("log.txt");
+  config.resultsTemplate = folder.fileOfLength(249);
+  const std::string report = reportOf();
+  EXPECT_TRUE(report.ends_with(row("Destination fileserver IP: ") + row(" "))) << report;
+  EXPECT_EQ(countOf(test::readFile(config.logTemplate), "excel"), 0U);
+  EXPECT_EQ(told, "marrowbench: row lost: " + std::string(config.resultsTemplate) + ": " +
+                      std::strerror(ENAMETOOLONG) + "\n");
+  EXPECT_TRUE(result);
+}
+
+TEST_F(TestRun, TellsNothingOfAFolderInPlaceOfATable) {
   config.destTemplate = folder.file("out.bin");
   config.resultsTemplate = folder.file("res.csv");
   std::filesystem::create_directory(config.resultsTemplate.c_str());
   const std::string report = reportOf();
-  EXPECT_TRUE(report.ends_with(row("ERROR: Unable to write excel file '" + path("res.csv") +
-                                   "' ! " + std::strerror(EISDIR)) +
-                               row(" ")))
-      << report;
-  EXPECT_TRUE(result);
+  EXPECT_TRUE(report.ends_with(row("Destination fileserver IP: ") + row(" "))) << report;
+  EXPECT_EQ(told, "");
 }
 
 // Another client holds the table's lock.
@@ -510,6 +525,8 @@ TEST_F(LockedTable, LosesTheRowAfterTenSeconds) {
   EXPECT_FALSE(test::exists(config.resultsTemplate));
   EXPECT_TRUE(test::exists(lock)) << "it is not ours";
   EXPECT_TRUE(result);
+  EXPECT_EQ(told, "marrowbench: row lost: " + path("res.csv") +
+                      ": still locked by another client\n");
 }
 
 TEST_F(LockedTable, TriesAgainForTheNextRow) {

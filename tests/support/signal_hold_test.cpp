@@ -1,9 +1,14 @@
 #include "support/signal_hold.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 #include "helpers/caught_signal.h"
+#include "helpers/system_limits.h"
+#include "helpers/temp_folder.h"
 
 namespace marrowbench {
 namespace {
@@ -32,7 +37,8 @@ TEST_P(HeldSignal, StaysHeldByAnOuterHold) {
   EXPECT_EQ(CaughtSignal::count(), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Interruptions, HeldSignal, testing::Values(SIGINT, SIGTERM, SIGHUP));
+INSTANTIATE_TEST_SUITE_P(Interruptions, HeldSignal,
+                         testing::Values(SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP));
 
 TEST(SignalHold, LeavesOtherSignalsAlone) {
   const CaughtSignal caught(SIGUSR1);
@@ -41,7 +47,20 @@ TEST(SignalHold, LeavesOtherSignalsAlone) {
   EXPECT_EQ(CaughtSignal::count(), 1);
 }
 
-TEST(IgnoreBrokenPipes, MakesTheWriteFail) {
+TEST(LetWritesFail, MakesAWriteBeyondTheLimitFail) {
+  const test::FileSizeLimit limit(1);
+  const CaughtSignal caught(SIGXFSZ);
+  letWritesFail();
+  const test::TempFolder folder;
+  const int file = open(folder.file("f").c_str(), O_WRONLY | O_CREAT, 0666);
+  EXPECT_EQ(write(file, "xy", 2), 1);
+  EXPECT_EQ(write(file, "y", 1), -1);
+  EXPECT_EQ(errno, EFBIG);
+  (void)close(file);
+  EXPECT_EQ(CaughtSignal::count(), 0);
+}
+
+TEST(LetWritesFail, MakesAWriteToABrokenPipeFail) {
   const CaughtSignal caught(SIGPIPE);
   letWritesFail();
   int ends[2];

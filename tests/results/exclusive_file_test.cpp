@@ -1,0 +1,82 @@
+#include "results/exclusive_file.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <filesystem>
+
+#include "helpers/temp_folder.h"
+
+namespace marrowbench {
+namespace {
+
+using test::exists;
+using test::readFile;
+using test::writeFile;
+
+class ExclusiveFileTest : public testing::Test {
+ protected:
+  test::TempFolder folder;
+  FixedString path = folder.file("f");
+  ExclusiveFile file;
+};
+
+TEST_F(ExclusiveFileTest, OneClientCreatesIt) {
+  ASSERT_TRUE(file.create(path));
+  EXPECT_TRUE(file.isOwned());
+  ExclusiveFile second;
+  EXPECT_FALSE(second.create(path));
+  EXPECT_EQ(errno, EEXIST);
+  EXPECT_FALSE(second.isOwned());
+  EXPECT_TRUE(second.remove());
+  EXPECT_TRUE(exists(path)) << "it was not the second's";
+}
+
+TEST_F(ExclusiveFileTest, HoldsWhatIsWrittenAtOnce) {
+  ASSERT_TRUE(file.create(path));
+  file.write("a note");
+  EXPECT_EQ(readFile(path), "a note");
+}
+
+TEST_F(ExclusiveFileTest, GoesWithItsOwner) {
+  {
+    ExclusiveFile owned;
+    ASSERT_TRUE(owned.create(path));
+  }
+  EXPECT_FALSE(exists(path));
+  ASSERT_TRUE(file.create(path));
+  EXPECT_TRUE(file.remove());
+  EXPECT_FALSE(file.isOwned());
+  EXPECT_FALSE(exists(path));
+}
+
+TEST_F(ExclusiveFileTest, KnowsThatAnotherStandsInItsPlace) {
+  ASSERT_TRUE(file.create(path));
+  EXPECT_FALSE(file.isReplaced());
+  writeFile(folder.file("other"), "other");
+  std::filesystem::rename(folder.file("other").c_str(), path.c_str());
+  EXPECT_TRUE(file.isReplaced());
+  EXPECT_TRUE(file.remove());
+  EXPECT_EQ(readFile(path), "other");
+}
+
+TEST_F(ExclusiveFileTest, KnowsThatItIsGone) {
+  ASSERT_TRUE(file.create(path));
+  std::filesystem::remove(path.c_str());
+  EXPECT_TRUE(file.isReplaced());
+  EXPECT_TRUE(file.remove());
+}
+
+TEST_F(ExclusiveFileTest, IsItsOwnersWhereItCannotBeAsked) {
+  const std::filesystem::path share = folder.file("share").c_str();
+  std::filesystem::create_directory(share);
+  path = folder.file("share/f");
+  ASSERT_TRUE(file.create(path));
+  std::filesystem::rename(share, share.string() + "_away");
+  writeFile(folder.file("share"), "no folder: ENOTDIR");
+  EXPECT_FALSE(file.isReplaced());
+  EXPECT_FALSE(file.remove()) << "it was tried";
+}
+
+}  // namespace
+}  // namespace marrowbench
