@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <fstream>
 #include <memory>
-#include <string>
 
+#include "settings/raw_line.h"
 #include "settings/settings_parser.h"
 #include "support/clock.h"
 #include "support/console.h"
@@ -18,10 +18,9 @@ namespace {
 enum class LineKind { nothing, rejected, test, chain };
 
 // Fills `slot` from a line as it was read.
-LineKind readLine(const std::string& bytes, const FixedString& path,
-                  std::int32_t settingsFileNumber, TestConfig& slot) {
-  LineString line;
-  line.assignBytes(bytes);
+LineKind readLine(const RawLine& rawLine, const FixedString& path, std::int32_t settingsFileNumber,
+                  TestConfig& slot) {
+  LineString line = charactersOf(rawLine);
   // Before the trimming: only a "#" in the first column marks a comment.
   if (startsWithChar(line, u'#')) return LineKind::nothing;
   trim(line);
@@ -64,16 +63,16 @@ LoadedSettings loadSettings(const FixedString& path, std::span<TestConfig> table
   LoadedSettings loaded;
   std::unique_ptr<TestConfig> scratch;
   std::ifstream file(path.c_str());
-  std::string bytes;
-  for (int number = 1; std::getline(file, bytes); ++number) {
+  RawLine line;
+  for (int number = 1; readRawLine(file, line); ++number) {
     const bool isFull = static_cast<std::size_t>(loaded.count) == table.size();
     if (isFull && !scratch) scratch = std::make_unique<TestConfig>();
     TestConfig& slot = isFull ? *scratch : table[static_cast<std::size_t>(loaded.count)];
 
-    const LineKind kind = readLine(bytes, path, settingsFileNumber, slot);
+    const LineKind kind = readLine(line, path, settingsFileNumber, slot);
     if (kind == LineKind::nothing) continue;
     if (kind == LineKind::rejected) {
-      std::printf("Error reading settings line '%s' \n", bytes.c_str());
+      std::printf("Error reading settings line '%s' \n", line.text.c_str());
     } else if (kind == LineKind::chain) {
       loaded.nextPath = slot.sourceTemplate;
     } else if (isFull) {
