@@ -76,9 +76,10 @@ class Bench:
         environment |= options.pop("environment", {})
         process = subprocess.Popen(
             [*prefix, *EMULATOR, program, *map(str, arguments)],
-            stdout=options.pop("stdout", subprocess.PIPE), stderr=subprocess.STDOUT,
+            stdout=options.pop("stdout", subprocess.PIPE),
+            stderr=options.pop("stderr", subprocess.STDOUT),
             env=environment, cwd=options.pop("cwd", self.folder), text=True,
-            errors="surrogateescape", start_new_session=True, **options)
+            errors="surrogateescape", start_new_session=options.get("process_group") is None, **options)
         self.started.append(process)
         return process
 
@@ -93,6 +94,13 @@ class Bench:
         printed, _ = process.communicate(timeout=300)
         assert process.returncode == status, printed
         return printed
+
+    def run_apart(self, *arguments, **options):
+        """Runs the program and returns the lines of standard output and of standard error."""
+        process = self.start(*arguments, stderr=subprocess.PIPE, **options)
+        texts = process.communicate(timeout=300)
+        assert process.returncode == 0, texts
+        return [text.splitlines() for text in texts]
 
     def rows(self, name="res.csv"):
         """The cells of the rows of a table in the folder, see table_rows."""

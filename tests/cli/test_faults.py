@@ -31,7 +31,7 @@ CALLS = (*OPENS, "read", "readv", *WRITES, "lseek", "close", "stat", "newfstatat
 SIGNALS = ("SIGINT", "SIGTERM", "SIGKILL")
 WORKERS = 2
 # How a client says that a row is lost, or that a test could not begin.
-WORDS = ("Unable to write excel file", "Folder does not exists")
+WORDS = ("marrowbench: row lost: ", "Folder does not exists")
 
 
 @pytest.fixture(autouse=True)
