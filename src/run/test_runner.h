@@ -32,7 +32,7 @@ class TestRunner {
   [[nodiscard]] FixedString expanded(FixedString path, std::int32_t iteration) const;
   void provideMemory();
   void transfer(std::int32_t iteration);
-  void transferMemory(TestType type, std::int32_t iteration);
+  void transferMemory(std::int32_t iteration);
   [[nodiscard]] std::size_t bytesInMemory(const FixedString& path, bool isRead) const;
 
   void printRow(const FixedString& label, const FixedString& text1 = {},
@@ -47,6 +47,7 @@ class TestRunner {
   TestConfig& config;
   std::byte*& sharedMemoryBuffer;
   const std::int32_t configIndex;
+  TestType type{};          // of the expanded paths
   int memoryError = 0;      // errno of the allocation, while there is no buffer
   std::int64_t dataMs = 0;  // data time of all iterations
   _fileGLobal result;       // the latest run; only its statistics are reset between iterations
