@@ -3,9 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <iomanip>
 #include <random>
 #include <span>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -14,20 +15,17 @@ namespace {
 
 using Bytes = std::vector<std::byte>;
 
-Bytes testData(std::size_t size, std::uint64_t seed) {
+Bytes testData(std::size_t size, std::uint64_t seed, FillPath path = fastestFillPath()) {
   Bytes data(size);
-  fillTestData(data, seed);
+  fillTestData(data, seed, path);
   return data;
 }
 
 std::string hex(const Bytes& data) {
-  std::string text;
-  for (const std::byte byte : data) {
-    char digits[3];
-    (void)std::snprintf(digits, sizeof digits, "%02x", std::to_integer<unsigned>(byte));
-    text += digits;
-  }
-  return text;
+  std::ostringstream text;
+  text << std::hex << std::setfill('0');
+  for (const std::byte byte : data) text << std::setw(2) << std::to_integer<int>(byte);
+  return text.str();
 }
 
 TEST(TestDataSeed, TellsConfigurationsAndIterationsApart) {
@@ -93,9 +91,7 @@ class FillPaths : public testing::TestWithParam<FillPath> {
   }
 
   static Bytes plain(std::size_t size, std::uint64_t seed) {
-    Bytes data(size);
-    fillTestData(data, seed, FillPath::byteLoop);
-    return data;
+    return testData(size, seed, FillPath::byteLoop);
   }
 };
 

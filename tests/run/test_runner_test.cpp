@@ -8,6 +8,7 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -186,12 +187,10 @@ TEST_F(TestRun, WritesTheDataOfConfigurationAndIteration) {
   for (const std::int32_t index : {0, 2}) {
     (void)run(index);
     for (std::int32_t i = 0; i < 4; ++i) {
-      std::vector<std::byte> data(5000);
-      fillTestData(data, testDataSeed(index, i));
+      std::string data(5000, '\0');
+      fillTestData(std::as_writable_bytes(std::span(data)), testDataSeed(index, i));
       const std::string name = std::to_string(index) + "_" + std::to_string(i);
-      EXPECT_EQ(test::readFile(folder.file(name)),
-                std::string(reinterpret_cast<const char*>(data.data()), data.size()))
-          << name;
+      EXPECT_EQ(test::readFile(folder.file(name)), data) << name;
     }
   }
   EXPECT_EQ(room[5000], std::byte{0}) << "only what is written";
