@@ -13,8 +13,8 @@ namespace marrowbench {
 class TestRunner {
  public:
   /// @param config              its expanded paths are rewritten
-  /// @param sharedMemoryBuffer  null, or 1 GiB from mallocPages(), which a memory test that finds
-  ///                            null allocates. Never freed here.
+  /// @param sharedMemoryBuffer  1 GiB from mallocPages(); null until the first test that needs it,
+  ///                            which allocates it. Never freed here.
   /// @param configIndex         number of the configuration in the settings file, 0 for the first
   /// @return false when the destination folder is missing and can't be made: the configuration
   ///         ends then at once. True otherwise, whatever the tests' outcome.
