@@ -130,8 +130,7 @@ TYPED_TEST(CopyMethod, ClosesWhatIsOpenWhenDestroyed) {
   EXPECT_EQ(this->dest(), "0123456789");
 }
 
-// What a buffer still holds is written by the close, so the close has to come before the buffer
-// goes.
+// The close writes what a buffer still holds, so it has to come before the buffer is freed.
 TYPED_TEST(CopyMethod, WritesItsBufferOutWhenDestroyed) {
   this->values.parameters.systemBuffer = 1;
   this->values.parameters.chunkSize = 512;
@@ -155,8 +154,8 @@ TYPED_TEST(CopyMethod, ClosesAtMostOnce) {
   (void)close(other);
 }
 
-// How many bytes have entered and left the process after several transfers of 100 bytes tells the
-// sizes of the buffers.
+// The sizes of the buffers show in how many bytes were read and written after some transfers of 100
+// bytes.
 class CopyBuffering : public CopyFiles {
  protected:
   CopyBuffering() {

@@ -71,14 +71,14 @@ TEST(FillTestData, FillsNothingElse) {
   EXPECT_EQ(hex(data), "ffffbe9dc8ffffff");
 }
 
-// Every way to fill that this machine has, against the plain loop.
+// Each path that this machine has gives the bytes of the plain loop.
 class FillPaths : public testing::TestWithParam<FillPath> {
  protected:
   void SetUp() override {
     if (!canFill(GetParam())) GTEST_SKIP() << "this processor does not have it";
   }
 
-  // Fills as many bytes from `start` on, between guards, and compares.
+  // Fills the bytes from `start` on, with a guard before and behind them, and compares.
   static void expectTheSame(const Bytes& expected, std::size_t start, std::uint64_t seed) {
     constexpr std::byte kGuard{0};
     Bytes data(start + expected.size() + 1, kGuard);

@@ -150,7 +150,7 @@ TEST_F(TestRun, ExpandsTheTemplatesForEveryIteration) {
 }
 
 TEST_F(TestRun, KeepsExpandingTheTestedPathsOnceMore) {
-  // The settings file's folder enters a path after "[iter]" is replaced.
+  // The settings file's folder is put in after "[iter]" is replaced, so its own "[iter]" is left.
   const FixedString shown = folder.file("x[iter]/run.bst");
   config.settingsPath = shown;
   std::filesystem::create_directories(path("x0"));
@@ -351,7 +351,7 @@ TEST_F(TestRun, RunsNothingForSystemAndWinApi) {
   EXPECT_EQ(countOf(table(), "out.bin,,,,0,-9223372036854775808,100,"), 2U) << table();
 }
 
-// The first pause of a copy changes what the next iteration does.
+// A copy's first pause is used to change what the next iteration does.
 TEST_F(TestRun, KeepsTheOutcomeOfTheIterationBeforeForAMethodThatRunsNothing) {
   config.iterations = 2;
   config.resultsTemplate = folder.file("res.csv");
