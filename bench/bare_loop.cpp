@@ -52,7 +52,7 @@ int openForWrite(const char* path) {
   return file;
 }
 
-// `step` is how far the memory of one chunk lies behind that of the one before.
+// `step`: how far the memory moves on from chunk to chunk; 0 reads all into the same place.
 void readAll(const char* path, std::size_t chunk, std::byte* memory, std::size_t step) {
   const std::size_t size = sizeOf(path);
   const int file = openForRead(path);

@@ -62,7 +62,7 @@ def comparison(name, target, rounds, ours, other):
         times, others = alternate(rounds, ours, other)
     except Unavailable as reason:
         return Figure(name, target, skipped=str(reason))
-    # What took less than a clock tick took up to one.
+    # The program reports whole milliseconds: 0 stands for anything below 1.
     return Figure(name, target, ratios(others, [max(time, 1) for time in times]))
 
 
@@ -143,8 +143,8 @@ def against_fio(bench):
 
 
 def one_block(bench):
-    """What reading into one block over and over, as fio does, is worth: the block stays in the
-    processor's cache, memory for a whole file does not."""
+    """How much time is saved by reading into one block over and over, as fio does: the block stays
+    in the processor's cache, memory for a whole file does not."""
     size = bench.scale.file
     file = filled((bench.memory or bench.folder) / "file.bin", size)
     return [Figure(f"bare C loop, read, {text}: time into one block / into memory for the file",
@@ -174,7 +174,7 @@ def start_to_exit(bench):
     marker = bench.folder / "_bench_log"
 
     def start():
-        # An existing marker would be cut to nothing first, which some file systems flush.
+        # An old marker would be emptied first, and some file systems then write it to the disk.
         shutil.rmtree(marker, ignore_errors=True)
         return ours.run_ms()
 

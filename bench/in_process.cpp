@@ -39,8 +39,8 @@ BENCHMARK_CAPTURE(fill, scalarLanes, FillPath::scalarLanes)->Apply(fillSizes);
 BENCHMARK_CAPTURE(fill, vector256, FillPath::vector256)->Apply(fillSizes);
 BENCHMARK_CAPTURE(fill, vector512, FillPath::vector512)->Apply(fillSizes);
 
-// Long enough for the null check to look at each chunk, and few enough bytes to stay in the cache,
-// as a chunk that was just transferred does.
+// A chunk that is long enough for the null check to look at it, and so few of them that all stay in
+// the processor's cache, where a chunk is when it has just been transferred.
 constexpr std::int32_t kChunk = 1024;
 constexpr std::int32_t kChunks = 512;
 

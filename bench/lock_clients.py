@@ -25,7 +25,7 @@ def start(program, settings, number, hold_ms):
 
 
 def wait_for_first_half_of_a_minute():
-    # All clients are to find the file on the same side of the minute's last quarter.
+    # A client that finds the file at second 45 or later starts a minute after the others.
     while time.time() % 60 > 30:
         time.sleep(1)
 

@@ -79,7 +79,7 @@ class Marrowbench:
 
 
 def reported_times(table):
-    """The milliseconds in a table's text. What failed was not measured."""
+    """The milliseconds in a table's text; raises an error when a row has one."""
     rows = list(csv.DictReader(io.StringIO(table)))
     errors = [row["Error"] for row in rows if row["Error"]]
     if errors or not rows:
@@ -96,7 +96,7 @@ def bare_loop_pairs(program, samples, kind, chunk, file, last):
 
 
 def fio_ms(times, kind, chunk, file, size):
-    """A job of fio on an existing file, its caches left alone as ours are."""
+    """A job of fio on an existing file, with the system's cache left as it is, as we do."""
     done = subprocess.run(
         [tool("fio"), "--name=peer", "--ioengine=sync", f"--rw={kind}", f"--bs={chunk}",
          f"--size={size}", f"--loops={times}", f"--filename={file}", "--invalidate=0",

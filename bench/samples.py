@@ -63,7 +63,7 @@ def shown(value):
 def alternate(rounds, *measure):
     """Measures A, B, A, B, ... and returns one list of samples for each of them.
 
-    What a machine does meanwhile hits them alike, so a ratio is made of neighbours.
+    In turns, so that whatever else the machine does slows all of them alike.
     """
     taken = [[] for _ in measure]
     for _ in range(rounds):

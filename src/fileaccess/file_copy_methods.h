@@ -37,7 +37,7 @@ class _fileCopy_stream final : public _fileCopy {
  private:
   void setBuffering();
 
-  // Before the streams: these write out of the blocks while they are destroyed.
+  // Declared before the streams: a stream still writes from its block while it is destroyed.
   MallocBlock<char> sourceBlock;
   MallocBlock<char> destBlock;
   std::ofstream dest;
@@ -73,7 +73,7 @@ class _fileCopy_fd final : public _fileCopy {
   _fileCopy_fd& operator=(const _fileCopy_fd&) = delete;
   ~_fileCopy_fd();
 
-  /// Before the open nothing and true; after it preallocateFile() of the destination.
+  /// Before the open: does nothing, true. After it: preallocateFile() of the destination.
   [[nodiscard]] bool preallocate(const bool& afterOpen) override;
   [[nodiscard]] bool open() override;
   void close() override;

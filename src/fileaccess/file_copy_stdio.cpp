@@ -28,7 +28,7 @@ void _fileCopy_FILE::setBuffering() {
     (void)std::setvbuf(dest, nullptr, _IONBF, 0);
     return;
   }
-  // Own blocks, in use until after fclose(): glibc ignores the size when it is given no block.
+  // With blocks of our own, in use until after fclose(): without a block glibc ignores the size.
   sourceBlock = mallocBlock<char>(parameters.chunkSize);
   destBlock = mallocBlock<char>(parameters.chunkSize);
   if (!sourceBlock || !destBlock) return;

@@ -40,8 +40,8 @@ void _fileCopy_stream::close() {
 
 bool _fileCopy_stream::transferChunk(std::byte* buffer, const std::int32_t& length) {
   if (buffer == nullptr) {
-    // Reported as done without a look at the result, on purpose: rows stay comparable with those of
-    // clients that never looked.
+    // The result is not looked at, on purpose: rows stay comparable with those of clients that
+    // never looked.
     dest << source.rdbuf();
     return true;
   }

@@ -11,9 +11,9 @@
 /// The method objects: each hides which I/O interface moves the data of one test. The timed loops
 /// drive them through the virtual operations only.
 ///
-/// No class has a virtual destructor: objects live on the stack of the code that picked their
-/// class, and the slots of the table stay the five operations. Copies are made of the root and the
-/// intermediate classes only, which own nothing.
+/// No class has a virtual destructor, so the virtual operations are these five and no more. Nothing
+/// needs one: each object lives on the stack of the code that picked its class. Only the root and
+/// the intermediate classes, which own nothing, are copied.
 namespace marrowbench {
 
 /// Root: error text, parameters and results.
@@ -25,8 +25,8 @@ class _fileGLobal {
   /// Reserves space for the file written. Called once before and once after the open.
   ///
   /// @param afterOpen  tells which call it is
-  /// @return false when the space can't be reserved. This one sets "Preallocation not supported!"
-  ///         and returns false.
+  /// @return false when the space can't be reserved. The root's own version sets the error
+  ///         "Preallocation not supported!" and returns false.
   [[nodiscard]] virtual bool preallocate(const bool& afterOpen);
 
   /// Sets the error "clearInvalidSettings not supported!".
@@ -36,15 +36,15 @@ class _fileGLobal {
   void setError(std::string_view part1, std::string_view part2 = {}, std::string_view part3 = {},
                 std::string_view part4 = {}, std::string_view part5 = {});
 
-  /// The failures that name a file. @param code  errno of the failed call @return false
+  /// Each sets the error text of a failure on a file. @param code  its errno @return false
   bool openFailed(const FixedString& path, int code);
   bool readFailed(const FixedString& path, int code);
   bool writeFailed(const FixedString& path, int code);
   bool findFailed(const FixedString& path, int code);
   bool preallocateFailed(const FixedString& path, int code);
-  /// No memory for a chunk or for the memory buffer. @return false
+  /// Sets the text for a chunk or memory buffer that could not be allocated. @return false
   bool allocateFailed(int code);
-  /// A class that can't move a whole file in one step was asked to. @return false
+  /// Sets the text for a class that can't move a whole file in one step. @return false
   bool singleChunkRefused();
 };
 

@@ -35,7 +35,7 @@ class _fileReadWriteBuffer_stream final : public _fileReadWriteBuffer {
  private:
   void setInputBuffering();
 
-  // Before the streams: these may use the block while they are destroyed.
+  // Declared before the streams: a stream may use its block while it is destroyed.
   MallocBlock<char> block;
   std::ofstream output;
   std::ifstream input;
@@ -67,7 +67,7 @@ class _fileReadWriteBuffer_fd final : public _fileReadWriteBuffer {
   _fileReadWriteBuffer_fd& operator=(const _fileReadWriteBuffer_fd&) = delete;
   ~_fileReadWriteBuffer_fd();
 
-  /// Before the open nothing and true; after it preallocateFile().
+  /// Before the open: does nothing, true. After it: preallocateFile() of the file.
   [[nodiscard]] bool preallocate(const bool& afterOpen) override;
   [[nodiscard]] bool open() override;
   void close() override;

@@ -10,8 +10,8 @@ _fileReadWriteBuffer_FILE::_fileReadWriteBuffer_FILE(const _fileReadWriteBuffer&
 _fileReadWriteBuffer_FILE::~_fileReadWriteBuffer_FILE() { _fileReadWriteBuffer_FILE::close(); }
 
 bool _fileReadWriteBuffer_FILE::open() {
-  // In this order on purpose: the setting goes to the stream held before the open, which a fresh
-  // object does not have, so every test runs with the library's default buffering.
+  // In this order on purpose: no file is open yet, so the setting has no effect and every test runs
+  // with the library's default buffering.
   setBuffering();
   file = std::fopen(path.c_str(), isRead ? "rb" : "wbx");
   if (file == nullptr) return openFailed(path, errno);

@@ -19,8 +19,8 @@ bool _fileReadWriteBuffer_stream::open() {
   return output.good() || openFailed(path, errno);
 }
 
-// The input stream gets the setting in both directions, so a write test always writes through the
-// library's default buffer.
+// Only the input stream gets the setting: a write test always writes through the library's default
+// buffer.
 void _fileReadWriteBuffer_stream::setInputBuffering() {
   if (parameters.systemBuffer < 0) return;
   if (parameters.systemBuffer == 0 && kUnbufferedStreamsMoveChunks) {

@@ -8,8 +8,8 @@
 
 namespace marrowbench {
 
-/// Memory like malloc's, to be freed with std::free, that begins at a page. malloc's large blocks
-/// begin 16 bytes behind one, and transfers to and from there take 1 to 2 % longer.
+/// Memory that begins where a page begins; to be freed with std::free. A large block of malloc's
+/// begins 16 bytes later, and transfers to and from it take 1 to 2 % longer.
 ///
 /// @return null with errno set when there is none
 [[nodiscard]] inline void* mallocPages(std::size_t bytes) {
@@ -21,8 +21,8 @@ struct FreeBlock {
   void operator()(void* block) const { std::free(block); }
 };
 
-/// Memory for the bytes of a transfer: unlike a container it is not written to before its user
-/// does, so handing it to an interface costs nothing in the timed span. Null when there was none.
+/// Memory for the bytes of a transfer; null when there was none. Unlike a container's it is not
+/// filled with zeros first, which would take time in the timed span.
 template <class T>
 using MallocBlock = std::unique_ptr<T[], FreeBlock>;
 

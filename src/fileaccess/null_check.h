@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/// Two cheap sampled looks for data that never arrived. Generated test data
-/// holds no zero byte; in files of the user's a hit may be what the file holds.
+/// Two checks for data that never arrived, cheap because they look at a few bytes only. Generated
+/// test data holds no zero byte; zeros found in a user's own file may be what it holds.
 namespace marrowbench {
 
 /// After a chunk: looks at the bytes 1, 50, 100, 150, 200, 250 and 300 places before `end`.

@@ -24,8 +24,8 @@ struct RunStats {
 
 static_assert(sizeof(RunStats) == 40);
 
-/// Adds one finished run. Nothing happens when a value is negative. Chunks are counted, as
-/// bytes / stepBytes in the 16-bit field, only when there is a pause to be weighed.
+/// Adds one finished run. Nothing happens when a value is negative. Chunks, bytes / stepBytes in
+/// 16 bits, are counted only when pauses are made: they are for the share of time these take.
 void recordRun(RunStats& stats, std::int64_t bytes, std::int64_t ms);
 
 /// The test parameters that a settings line gives and every method object gets as a whole.

@@ -5,8 +5,8 @@
 
 namespace marrowbench {
 
-/// Whether a file stream without a buffer still moves a chunk with one call of the system. libc++
-/// moves it byte by byte; there a buffer of one chunk makes the calls that are meant.
+/// Whether a file stream without a buffer moves a chunk with one system call. libc++ moves it byte
+/// by byte; there a buffer of one chunk takes its place, so that a chunk is moved as one again.
 #if defined(_LIBCPP_VERSION)
 inline constexpr bool kUnbufferedStreamsMoveChunks = false;
 #else

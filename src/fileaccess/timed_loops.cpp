@@ -18,14 +18,15 @@ void startRun(_fileGLobal& method) {
   errno = 0;
 }
 
-// A short transfer leaves errno alone; what stands there must not be some older failure.
+// errno is cleared first: a transfer that is cut short does not set it, and the reason of an older
+// failure must not be told for it.
 template <class FileMethod>
 bool transfer(FileMethod& method, std::byte* memory, std::int32_t length) {
   errno = 0;
   return method.transferChunk(memory, length);
 }
 
-// Sizes are kept in 32 bits; a file of 2 GiB or more leaves its low half.
+// Sizes are kept in 32 bits: of the size of a larger file the low half is left.
 std::int32_t lowHalf(std::int64_t size) { return static_cast<std::int32_t>(size); }
 
 bool copyChunks(_fileCopy& method, std::int64_t size) {
@@ -61,7 +62,7 @@ bool transferChunks(_fileReadWriteBuffer& method) {
 bool transferWhole(_fileReadWriteBuffer& method) {
   ParameterBlock& p = method.parameters;
   const bool moved = transfer(method, method.buffer, p.fileSize);
-  // After a failed transfer too. The look at the size comes first: a negative one is no place.
+  // Also after a failed transfer. A negative size would lead to a place before the buffer.
   if (p.fileSize > 0) checkWholeForNulls(method.buffer + p.fileSize, p.fileSize, p.nullPosition);
   return moved;
 }

@@ -19,7 +19,7 @@ FixedString doneFolderOf(const FixedString& settingsPath) {
 
 void writeDoneMarker(const FixedString& settingsPath) {
   const FixedString folder = doneFolderOf(settingsPath);
-  // A folder may be refused for the length of its name, without a failing call.
+  // Cleared, because a folder may be refused for its name's length without a failing system call.
   errno = 0;
   if (!createFolder(folder, true)) {
     const ShortText reason = errnoText(-1);

@@ -8,7 +8,7 @@ int main(int argc, char** argv) {
   try {
     return marrowbench::runProgram({argv, static_cast<std::size_t>(argc)});
   } catch (const std::bad_alloc&) {
-    // Caught, so that what is held is released on the way: a lock would stay behind otherwise.
+    // Caught, so that everything is released on the way here: else a lock would stay behind.
     std::puts("ERROR: Out of memory");
     return 1;
   }

@@ -33,8 +33,8 @@ bool createFolder(const FixedString& path, bool recursive) {
     if (parent == folder || !createFolder(parent, true)) return false;
   }
   const int result = mkdir(folder.c_str(), 0777);
-  // The result, not errno, is compared with EEXIST, and so never equals it: a folder that another
-  // client makes in this moment counts as not made here.
+  // On purpose the result is compared, which is never EEXIST, and not errno: a folder that another
+  // client makes at this moment counts as not made.
   return result == 0 || result == EEXIST;
 }
 
@@ -42,8 +42,8 @@ bool provideFolderOf(const FixedString& filePath) {
   const FixedString folder = parentFolder(filePath);
   if (folderExists(folder)) return true;
   if (!folderExists(thirdParentFolder(filePath))) return false;
-  // Clients may make the folders in the same moment. Who comes second on the first of two levels
-  // still has the other one to make, and who comes second on that goes on too.
+  // Other clients may make the folders at the same moment. A client that is late for the first of
+  // two levels tries again, as the second is still to be made; one that is late for both goes on.
   if (!createFolder(folder, true)) (void)createFolder(folder, true);
   return true;
 }

@@ -14,7 +14,7 @@ FixedString hostNameFrom(std::string_view rawName) {
 }
 
 FixedString hostName() {
-  // One byte more than the call may fill: a name of full length comes without its NUL.
+  // One byte more than the call may fill: a name that takes all of it comes without a NUL.
   std::array<char, 256> raw{};
   if (gethostname(raw.data(), raw.size() - 1) != 0) raw.fill('\0');
   return hostNameFrom(raw.data());

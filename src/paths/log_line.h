@@ -11,7 +11,8 @@ namespace marrowbench {
 /// blanks; then the five columns with nothing between them, the whole cut at 500 characters.
 ///
 /// @param logPath  empty: console only. A missing folder of the log is made when its grandparent
-///                 exists; otherwise an error is printed. A log that can't be written is silent.
+///                 exists; otherwise an error is printed. Nothing is said of a log that can't be
+///                 written.
 void writeLogLine(const FixedString& logPath, const FixedString& label,
                   const FixedString& text1 = {}, const FixedString& text2 = {},
                   const FixedString& text3 = {}, const FixedString& text4 = {});

@@ -7,14 +7,14 @@ namespace {
 
 constexpr std::string_view kUp = "../";
 
-// True when `path` ends in a whole component and its "/" that a "../" may take away.
+// True when `path` ends in a component, with its "/", that a "../" behind it takes away.
 bool endsInFoldableComponent(std::string_view path) {
   if (path.size() < 2 || path.back() != '/') return false;
   const std::string_view component = path.substr(path.rfind('/', path.size() - 2) + 1);
   return component != kUp && component != "./" && component != "/";
 }
 
-// Goes component by component, "name/" at a time, and drops the last kept one at each "../".
+// Takes one component, "name/", after the other; a "../" drops the last one that was kept.
 FixedString foldParents(std::string_view path) {
   FixedString folded;
   while (path.find('/') != std::string_view::npos) {

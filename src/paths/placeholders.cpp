@@ -13,8 +13,8 @@
 namespace marrowbench {
 namespace {
 
-// Both cuts keep their distance from the front: a "/" before position 3 and a "." before position 2
-// belong to the name.
+// The name between folder and extension, except that a "/" before position 3 and a "." before
+// position 2 belong to it.
 FixedString settingsFileName(const FixedString& settingsPath) {
   std::string_view name = settingsPath;
   const std::int32_t slash = findLastChar(name, '/');

@@ -14,7 +14,7 @@ inline constexpr std::uint64_t kFactor = 0x2545F4914F6CDD1D;
 
 /// Fills `lanes` stripes of `length` bytes that follow each other from `data` on.
 struct LaneFill {
-  int lanes;  ///< 0: there is no such way here
+  int lanes;  ///< 0: this build or this processor can't fill so
   /// @param length  bytes of a stripe, a multiple of 8
   /// @param states  the generator's state before each stripe
   void (*fill)(std::byte* data, std::size_t length, const std::uint64_t* states);
@@ -32,12 +32,13 @@ struct LaneFill {
 /// d div 254 = (d * m) >> 23 with m = ceil(2^23 / 254): m * 254 exceeds 2^23 by 250, and 250 * 3825
 /// is below 2^23.
 ///
-/// Eight steps make the eight bytes of a store. Step i shares a lane with step i + 4 (a half each),
-/// then with step i + 2 (a quarter each), then with step i + 1 (a byte each): in the order of a
-/// little-endian word, and the fewer vectors, the less there is to compute.
+/// Eight steps of a lane make eight bytes, which are stored at once. Their results are packed
+/// early, as fewer vectors are less to compute: step i shares its 64-bit lane with step i + 4 (a
+/// half each), then also with step i + 2 (a quarter each), then with step i + 1 (a byte each). So
+/// they end up in the order of a little-endian word.
 ///
 /// @tparam Isa  Words and Quarters: vectors of 64-bit and 16-bit lanes;
-///              kVectors: how many are computed at a time, each waiting for its own results only;
+///              kVectors: how many take turns, so that one computes while another waits;
 ///              join(low, high): the even halves of `low`, the odd ones of `high`;
 ///              digitSum(x): d of each half;
 ///              multiplyHigh(a, b): the high 16 bits of the products of the quarters

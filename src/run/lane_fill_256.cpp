@@ -3,8 +3,9 @@
 #include "run/lane_fill.h"
 #include "run/vector_support.h"
 
-// This file alone is compiled for processors with AVX2, so it includes nothing whose inline
-// functions others might share.
+// Only this file is compiled for processors with AVX2. So it includes nothing whose inline
+// functions other files use: the linker keeps one copy of each, and that must run on every
+// processor.
 namespace marrowbench {
 namespace {
 

@@ -34,7 +34,7 @@ void runOn(const Values& values, _fileGLobal& result) {
     (void)runLoop(method);
     copyOutcome(method, result);
   } catch (const std::bad_alloc&) {
-    // A file stream allocates its own buffer when it opens. The tests that follow still run.
+    // From a file stream, which allocates a buffer when it opens. The tests that follow still run.
     result.allocateFailed(ENOMEM);
     result.parameters.nullPosition = -1;
   }

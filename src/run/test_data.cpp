@@ -53,10 +53,11 @@ LaneFill laneFillFor(FillPath path) {
   return {};
 }
 
-// A step is linear over the field of two elements: a matrix T. Its characteristic polynomial P, of
-// degree 64 (found with Berlekamp and Massey's algorithm from 128 successive bits of the state;
-// the term x^64 is left out here), makes P(T) zero. So T^n is J(T) with J = x^n mod P, and J(T)
-// applied to a state is the sum of those T^i * state, 0 <= i < 64, whose x^i is in J.
+// How to jump n steps ahead. A step is linear over the field of two elements: a matrix T. Its
+// characteristic polynomial P, of degree 64 (found with Berlekamp and Massey's algorithm from 128
+// successive bits of the state; the term x^64 is left out here), makes P(T) zero. So T^n is J(T)
+// with J = x^n mod P, and J(T) applied to a state is the sum of those T^i * state, 0 <= i < 64,
+// whose x^i is in J.
 constexpr std::uint64_t kCharacteristic = 0x0018B73AA7CC9B71;
 
 std::uint64_t timesModulo(std::uint64_t a, std::uint64_t b) {

@@ -72,6 +72,7 @@ void TestRunner::expandPaths(std::int32_t iteration) {
   config.dest = expanded(config.destTemplate, iteration);
   config.logPath = expanded(config.logTemplate, iteration);
   config.resultsPath = expanded(config.resultsTemplate, iteration);
+  type = testTypeOf(config.source, config.dest);
 }
 
 FixedString TestRunner::expanded(FixedString path, std::int32_t iteration) const {
@@ -80,19 +81,18 @@ FixedString TestRunner::expanded(FixedString path, std::int32_t iteration) const
 }
 
 void TestRunner::provideMemory() {
-  if (testTypeOf(config.source, config.dest) == TestType::copy) return;
+  if (type == TestType::copy) return;
   if (sharedMemoryBuffer != nullptr) return;
   sharedMemoryBuffer = static_cast<std::byte*>(mallocPages(kMaxFileSize));
   if (sharedMemoryBuffer == nullptr) memoryError = errno;
 }
 
 void TestRunner::transfer(std::int32_t iteration) {
-  const TestType type = testTypeOf(config.source, config.dest);
-  if (type != TestType::copy) return transferMemory(type, iteration);
+  if (type != TestType::copy) return transferMemory(iteration);
   runCopyTest(config, expanded(config.source, iteration), expanded(config.dest, iteration), result);
 }
 
-void TestRunner::transferMemory(TestType type, std::int32_t iteration) {
+void TestRunner::transferMemory(std::int32_t iteration) {
   if (sharedMemoryBuffer == nullptr) {
     result.allocateFailed(memoryError);
     return;
@@ -127,7 +127,6 @@ void TestRunner::printOpening() const {
 void TestRunner::printReport() {
   if (result.errorText.isNotEmpty()) return printRow(result.errorText);
   FixedString line = summaryLine(result.parameters.stats);
-  const TestType type = testTypeOf(config.source, config.dest);
   if (type != TestType::copy) {
     line.replaceAll("Copy ", "Transfer ");
     line.replaceAll("copied", type == TestType::read ? "read" : "written");

@@ -14,8 +14,8 @@ namespace marrowbench {
 class TestRunner {
  public:
   /// @param config              its expanded paths are rewritten
-  /// @param sharedMemoryBuffer  null, or 1 GiB from mallocPages(), which a memory test that finds
-  ///                            null allocates. Never freed here.
+  /// @param sharedMemoryBuffer  1 GiB from mallocPages(); null until the first test that needs it,
+  ///                            which allocates it. Never freed here.
   /// @param configIndex         number of the configuration in the settings file, 0 for the first
   /// @param lostRows            told what became of each row of the results table
   /// @return false when the destination folder is missing and can't be made: the configuration
@@ -34,7 +34,7 @@ class TestRunner {
   [[nodiscard]] FixedString expanded(FixedString path, std::int32_t iteration) const;
   void provideMemory();
   void transfer(std::int32_t iteration);
-  void transferMemory(TestType type, std::int32_t iteration);
+  void transferMemory(std::int32_t iteration);
   [[nodiscard]] std::size_t bytesInMemory(const FixedString& path, bool isRead) const;
 
   void printRow(const FixedString& label, const FixedString& text1 = {},
@@ -50,6 +50,7 @@ class TestRunner {
   std::byte*& sharedMemoryBuffer;
   const std::int32_t configIndex;
   LostRows& lostRows;
+  TestType type{};          // of the expanded paths
   int memoryError = 0;      // errno of the allocation, while there is no buffer
   std::int64_t dataMs = 0;  // data time of all iterations
   _fileGLobal result;       // the latest run; only its statistics are reset between iterations

@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
-// By the processor's own instructions: __builtin_cpu_supports() needs a table that some cross
-// compilers' run-time libraries lack.
+// Asks the processor itself: __builtin_cpu_supports() needs a table that some cross compilers'
+// run-time libraries lack.
 namespace marrowbench {
 namespace {
 

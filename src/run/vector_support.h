@@ -1,7 +1,7 @@
 #ifndef MARROWBENCH_RUN_VECTOR_SUPPORT_H
 #define MARROWBENCH_RUN_VECTOR_SUPPORT_H
 
-/// What an x86-64 processor can do and its system keeps the registers for.
+/// The vector code that may run: the x86-64 processor has it, and the system keeps its registers.
 namespace marrowbench {
 
 /// AVX2.

@@ -33,7 +33,7 @@ class BasicFixedString {
   using View = std::basic_string_view<Char>;
 
   constexpr BasicFixedString() = default;
-  /// Conversions keep call sites readable; they cut like assign().
+  /// Implicit, so that callers stay readable; they cut like assign().
   BasicFixedString(const Char* text) { assign(text); }
   BasicFixedString(View text) { assign(text); }
 
@@ -112,7 +112,7 @@ using TextBuffer = BasicFixedString<char, 5000>;
 using ShortText = BasicFixedString<char, 250>;
 /// Name of a network interface.
 using InterfaceName = BasicFixedString<char, 50>;
-/// The separator of the results table as the locale gives it.
+/// The decimal point of a locale.
 using TinyText = BasicFixedString<char, 10>;
 /// One settings line or one of its fields.
 using LineString = BasicFixedString<char16_t, 1000>;

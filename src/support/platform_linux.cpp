@@ -11,9 +11,8 @@
 namespace marrowbench {
 namespace {
 
-// Two C libraries, two forms of strerror_r(). GNU's returns the text; only for an unknown code is
-// that one that it has written into the buffer ("Unknown error 12345"), known texts stand in the
-// library.
+// Two C libraries, two forms of strerror_r(). GNU's returns the text: a known one stands in the
+// library, that of an unknown code ("Unknown error 12345") in the buffer.
 [[maybe_unused]] bool isKnown(const char* found, char* text, std::size_t size) {
   if (found == text) return false;
   (void)std::snprintf(text, size, "%s", found);
@@ -28,9 +27,9 @@ namespace {
 }  // namespace
 
 bool reserveSpace(int descriptor, Reservation /*kind*/, std::int64_t length) {
-  // Linux has no request for contiguous blocks, both kinds are the same call. posix_fallocate()
-  // is no way out on file systems that refuse: it then writes into every block, and that time
-  // would count as time of the transfer. fallocate() answers EINVAL to a length of 0.
+  // Both kinds are the same call: Linux has no request for contiguous blocks. It is not
+  // posix_fallocate(), which writes into every block where the file system refuses: that time would
+  // count as time of the transfer. For a length of 0 the call would fail with EINVAL.
   if (length == 0) return true;
   return fallocate(descriptor, FALLOC_FL_KEEP_SIZE, 0, length) == 0;
 }
@@ -43,7 +42,7 @@ bool populatePages(std::byte* memory, std::size_t size) {
   const std::uintptr_t begin = address / page * page;
   const std::uintptr_t end = (address + size + page - 1) / page * page;
   auto* pages = memory - (address - begin);
-  // A wish only: systems without large pages refuse it.
+  // May fail: systems without large pages refuse it.
   (void)madvise(pages, end - begin, MADV_HUGEPAGE);
   return madvise(pages, end - begin, kPopulateWrite) == 0;
 }

@@ -6,8 +6,8 @@ namespace marrowbench {
 
 void makePresent(std::byte* memory, std::size_t size) {
   if (size == 0 || populatePages(memory, size)) return;
-  // No page is smaller. A page that is only read would be a shared page of zeros until it is
-  // written to, so each gets its own byte back.
+  // No page is smaller. In each page a byte is written over itself: reading alone would show a page
+  // of zeros that is shared, and make none present.
   constexpr std::size_t kSmallestPage = 4096;
   volatile std::byte* bytes = memory;
   for (std::size_t i = 0; i < size; i += kSmallestPage) bytes[i] = bytes[i];

@@ -8,8 +8,8 @@
               short  a read gives at most `length` bytes
               close  every close fails with the errno `code`
 
-It applies to files whose name ends in ".bin". The kernel caches nothing, so a program sees each
-call's own result. Runs until it is unmounted.
+It applies to files whose name ends in ".bin". The kernel caches nothing, so a program sees the
+result of each of its calls. Runs until it is unmounted.
 """
 
 import errno

@@ -13,8 +13,8 @@ ALL = os.environ.get("MARROWBENCH_ALL") == "1"
 # An emulator makes each client several times as slow, and ten seconds for the lock stay ten seconds.
 CLIENTS = 20 if EMULATOR else 500 if ALL and not SANITIZED else 100
 ITERATIONS = 5
-# After each transfer, so that the lock is free most of the time: whether one of some hundred clients
-# that never pause finds it held forty times in a row is a matter of the machine.
+# A pause after each transfer keeps the lock free most of the time. Without it, it depends on the
+# machine whether one of the clients finds the lock held forty times in a row.
 PAUSE_MS = 4000
 
 
@@ -50,7 +50,7 @@ def fleet(bench):
 
 
 def wait_for_first_half_of_a_minute():
-    # All clients are to find the file on the same side of second 45.
+    # A client that finds the file at second 45 or later starts a minute after the others.
     while time.time() % 60 > 35:
         time.sleep(0.1)
 

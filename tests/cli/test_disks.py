@@ -71,7 +71,7 @@ def test_quota_is_told(bench, mounts):
                     ["qgroup", "limit", "1M", disk / "limited"]):
         subprocess.run(["btrfs", *command], check=True, capture_output=True)
     limited = disk / "limited"
-    # In blocks of the file system: a write that fits in part is short and has no reason to tell.
+    # In blocks of the file system: a write of which only a part fits is cut short without an errno.
     bench.run(bench.settings("".join(
         f"{method};flush;0;0;4;0;4096;1;0;MEMORY;{limited}/{method}.bin;;res.csv;false\n"
         for method, _, _ in METHODS)))
@@ -86,7 +86,7 @@ def test_broken_disk_is_told_by_each_interface(bench, mounts):
     subprocess.run(["mount", "-o", "remount,ro", disk], check=True)
     with open(disk / "source.bin", "rb") as file:
         os.posix_fadvise(file.fileno(), 0, 0, os.POSIX_FADV_DONTNEED)
-    # The file lies behind the file system's own blocks.
+    # What is cut off are the file's blocks: the file system's own stand in front.
     with open(bench.folder / "disk.img", "r+b") as image:
         image.truncate(20 * MIB)
     bench.run(bench.settings("".join(

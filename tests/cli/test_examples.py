@@ -22,8 +22,8 @@ ROWS = {
     "start_together": 1, "system_buffers": 13, "throttled_copy": 4,
 }
 
-# What the heads' times take for granted: usable MiB/s, and seconds per iteration for everything
-# around its transfer.
+# What the times in the heads are computed from: usable MiB/s of the two networks, and the seconds
+# that an iteration takes besides its transfer.
 GIGABIT, TEN_GIGABIT, AROUND = 112, 1120, 0.02
 LARGE_KIB = 65536
 DIVISOR = 64

@@ -213,8 +213,8 @@ def end_at(bench, folder, call, name):
               f"inject={call.name}:signal={name}:when={call.occurrence}")
     assert run.status == -getattr(signal, name), f"status {run.status}"
     rows = len(run.rows())
-    # Killed between the making of the table and its first row: who finds a table, empty or not,
-    # writes no header.
+    # Killed when the table was made and had no row yet: a client that finds a table writes no header,
+    # even into an empty one.
     has_header = not (name == "SIGKILL" and table.exists() and table.stat().st_size == 0)
     if lock.exists():
         assert name == "SIGKILL", "lock left behind"

@@ -78,8 +78,8 @@ def test_write_that_fails_names_file_and_reason(bench, mounts, shown, method, co
     result = rows(bench, [write(method, mount / "write.bin", 48),
                           copy(method, shown / "source.bin", mount / "copy.bin"),
                           write(method, mount / "small.bin", 16)])
-    # Where libc++ keeps stdio's buffer below its own, the flush fails before the write does: the
-    # next chunk finds a stream that is bad already, and nothing to tell why.
+    # Where libc++ has stdio's buffer below its own, it is the flush that fails, and nobody looks at
+    # it: the next chunk finds a stream that is bad already, and no errno.
     why = reason(getattr(errno, code))
     copy_why = "No Error." if OLD_LIBCXX and method == "stream" else why
     for row, name, told in zip(result, ("write", "copy"), (why, copy_why)):

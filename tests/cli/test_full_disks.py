@@ -25,7 +25,7 @@ def test_table_on_a_full_disk_keeps_whole_rows_only(bench, mounts, room):
     mount = mounts.memory("size=64k")
     table, filler = mount / "res.csv", mount / "filler"
     bench.run(bench.settings(line("posix", "data.bin", table, size_kib=64)))
-    # The table's last page has less and less room, and there is no other.
+    # From case to case the table's last page has more room, and there is no other page.
     whole = table.read_bytes()
     with open(table, "ab") as file:
         row = whole[whole.index(b"\n") + 1:]

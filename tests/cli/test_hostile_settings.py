@@ -95,13 +95,21 @@ def test_what_is_no_file_is_waited_for(bench, make):
     assert len(bench.rows()) == 1
 
 
-def test_fifo_is_read_like_a_file(bench):
+def rows_of_a_fifo(bench, *parts):
+    """The rows of a run that gets its settings file part by part."""
     path = bench.folder / "run.bst"
     os.mkfifo(path)
     client = bench.start(path)
-    path.write_text(TEST)
+    with open(path, "w") as settings:
+        for part in parts:
+            settings.write(part)
+            settings.flush()
     assert client.wait(timeout=60) == 0
-    assert len(bench.rows()) == 1
+    return bench.rows()
+
+
+def test_fifo_is_read_like_a_file(bench):
+    assert len(rows_of_a_fifo(bench, TEST)) == 1
 
 
 def test_file_that_may_not_be_read_has_no_lines(bench):
@@ -132,12 +140,4 @@ def test_file_that_disappears_while_it_runs_changes_nothing(bench):
 
 
 def test_file_that_grows_while_it_is_read_gives_whole_lines(bench):
-    path = bench.folder / "run.bst"
-    os.mkfifo(path)
-    client = bench.start(path)
-    with open(path, "w") as settings:
-        for part in (TEST[:30], TEST[30:] + TEST[:5], TEST[5:]):
-            settings.write(part)
-            settings.flush()
-    assert client.wait(timeout=60) == 0
-    assert len(bench.rows()) == 2
+    assert len(rows_of_a_fifo(bench, TEST[:30], TEST[30:] + TEST[:5], TEST[5:])) == 2

@@ -165,13 +165,14 @@ def writes(size_kib, call="write"):
     return [(call, "dest.bin", str(size_kib * KIB))]
 
 
-# stdio looks at a file before it buffers it: a terminal would be buffered by lines. What it holds
-# back at first goes out with the next chunk, whole blocks of it.
+# stdio first looks whether the file is a terminal, which it would buffer by lines. The first chunk
+# goes out in one write; of each later one a block of 4 KiB fills the buffer and goes out alone.
 LOOK = [("newfstatat", "dest.bin", "0")]
 STDIO_WRITES = writes(8) + writes(4) * 8
 STREAM_CALLS = {
     "libstdc++": ((reads(8) + writes(8, "writev")) * 5, reads(8) * 5, writes(8, "writev") * 5),
-    # Four bytes of the buffer are kept for putting back, so stdio is asked for the last chunk early.
+    # The stream keeps four bytes of its buffer for characters that are put back, and so asks stdio
+    # for the last chunk early.
     "libc++": (reads(8) + LOOK + reads(4) * 4 + writes(4) * 2 + (reads(4) * 2 + writes(4) * 2) * 2
                + reads(0) + writes(4) * 2
                + [("lseek", "source.bin", str(FILE_KIB * KIB)), ("close", "source.bin", "0")]

@@ -1,4 +1,4 @@
-"""What a run holds: memory that was written, no descriptor too many, and no more the longer it is."""
+"""What a run uses: no memory wrongly, no descriptor too many, no more memory the longer it is."""
 
 import os
 import shutil

@@ -25,7 +25,7 @@ void* operator new(std::size_t size) {
   return memory;
 }
 
-// The array forms too: a sanitizer's own would not come here.
+// The array forms, too: those of a sanitizer would not call the ones above.
 void* operator new[](std::size_t size) { return operator new(size); }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }

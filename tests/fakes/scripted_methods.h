@@ -32,7 +32,7 @@ struct MethodScript {
   }
   void close() {
     log.emplace_back("close");
-    errno = EBADF;  // Whoever needs an earlier errno has taken it.
+    errno = EBADF;  // Shows in the text of a failure whose errno is taken too late.
   }
   bool transfer(std::byte* memory, std::int32_t length, bool fillsMemory) {
     log.push_back((memory == nullptr ? "whole " : "transfer ") + std::to_string(length));

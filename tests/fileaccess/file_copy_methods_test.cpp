@@ -2,27 +2,23 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <string>
 #include <vector>
 
-#include "fakes/fake_platform.h"
-#include "fileaccess/error_text.h"
+#include "helpers/method_checks.h"
 #include "helpers/system_limits.h"
 #include "helpers/temp_folder.h"
 
 namespace marrowbench {
 namespace {
 
-using test::fakePlatform;
+using test::failure;
+using test::kBeyondEveryBuffer;
 using test::openDescriptors;
-
-constexpr std::int32_t kBeyondEveryBuffer = 100000;
 
 // A source of ten bytes and the path of a destination that does not exist.
 class CopyFiles : public testing::Test {
@@ -49,14 +45,7 @@ class CopyFiles : public testing::Test {
 template <class Method>
 class CopyMethod : public CopyFiles {};
 
-struct MethodName {
-  template <class Method>
-  static std::string GetName(int /*number*/) {
-    if (std::is_same_v<Method, _fileCopy_stream>) return "Stream";
-    return std::is_same_v<Method, _fileCopy_FILE> ? "AnsiC" : "Posix";
-  }
-};
-
+using MethodName = test::MethodName<_fileCopy_stream, _fileCopy_FILE>;
 using AllMethods = testing::Types<_fileCopy_stream, _fileCopy_FILE, _fileCopy_fd>;
 TYPED_TEST_SUITE(CopyMethod, AllMethods, MethodName);
 
@@ -90,8 +79,7 @@ TYPED_TEST(CopyMethod, FailsToOpenAMissingSource) {
   this->values.sourcePath = this->folder.file("missing");
   TypeParam method(this->values);
   EXPECT_FALSE(method.open());
-  EXPECT_EQ(method.errorText, composeError("Unable to open file '", this->values.sourcePath, "' ! ",
-                                           std::strerror(ENOENT)));
+  EXPECT_EQ(method.errorText, failure("Unable to open file '", this->values.sourcePath, ENOENT));
   EXPECT_FALSE(test::exists(this->values.destPath));
 }
 
@@ -100,8 +88,7 @@ TYPED_TEST(CopyMethod, ClosesTheSourceWhenTheDestinationFailsToOpen) {
   const int before = openDescriptors();
   TypeParam method(this->values);
   EXPECT_FALSE(method.open());
-  EXPECT_EQ(method.errorText, composeError("Unable to open file '", this->values.destPath, "' ! ",
-                                           std::strerror(ENOENT)));
+  EXPECT_EQ(method.errorText, failure("Unable to open file '", this->values.destPath, ENOENT));
   EXPECT_EQ(openDescriptors(), before);
 }
 
@@ -111,8 +98,7 @@ TYPED_TEST(CopyMethod, FailsToReadBeyondTheSource) {
   EXPECT_TRUE(this->transfer(method, 4));
   errno = 0;
   EXPECT_FALSE(this->transfer(method, 7));
-  EXPECT_EQ(method.errorText,
-            composeError("Unable to read file '", this->values.sourcePath, "' ! ", "No Error."));
+  EXPECT_EQ(method.errorText, failure("Unable to read file '", this->values.sourcePath, 0));
   method.close();
   EXPECT_EQ(this->dest(), "0123");
 }
@@ -122,26 +108,14 @@ TYPED_TEST(CopyMethod, FailsToReadANegativeLength) {
   ASSERT_TRUE(method.open());
   errno = 0;
   EXPECT_FALSE(this->transfer(method, -4));
-  EXPECT_EQ(method.errorText, composeError("Unable to read file '", this->values.sourcePath, "' ! ",
-                                           std::strerror(EINVAL)));
+  EXPECT_EQ(method.errorText, failure("Unable to read file '", this->values.sourcePath, EINVAL));
 }
 
 TYPED_TEST(CopyMethod, FailsToWriteWhatDoesNotFit) {
   test::writeFile(this->values.sourcePath, std::string(2 * kBeyondEveryBuffer, 'x'));
   TypeParam method(this->values);
-  ASSERT_TRUE(method.open());
-  bool first = true;
-  bool second = true;
-  {
-    const test::FileSizeLimit limit(kBeyondEveryBuffer / 2);
-    first = this->transfer(method, kBeyondEveryBuffer);
-    second = this->transfer(method, kBeyondEveryBuffer);
-    method.close();
-  }
-  EXPECT_FALSE(first) << "half of it fits";
-  EXPECT_FALSE(second);
-  EXPECT_EQ(method.errorText, composeError("Unable to write file '", this->values.destPath, "' ! ",
-                                           std::strerror(EFBIG)));
+  test::expectFailureToWriteWhatDoesNotFit(
+      method, this->values.destPath, [&] { return this->transfer(method, kBeyondEveryBuffer); });
 }
 
 TYPED_TEST(CopyMethod, ClosesWhatIsOpenWhenDestroyed) {
@@ -156,8 +130,7 @@ TYPED_TEST(CopyMethod, ClosesWhatIsOpenWhenDestroyed) {
   EXPECT_EQ(this->dest(), "0123456789");
 }
 
-// What a buffer still holds is written by the close, so the close has to come before the buffer
-// goes.
+// The close writes what a buffer still holds, so it has to come before the buffer is freed.
 TYPED_TEST(CopyMethod, WritesItsBufferOutWhenDestroyed) {
   this->values.parameters.systemBuffer = 1;
   this->values.parameters.chunkSize = 512;
@@ -181,8 +154,8 @@ TYPED_TEST(CopyMethod, ClosesAtMostOnce) {
   (void)close(other);
 }
 
-// How many bytes have entered and left the process after several transfers of 100 bytes tells the
-// sizes of the buffers.
+// The sizes of the buffers show in how many bytes were read and written after some transfers of 100
+// bytes.
 class CopyBuffering : public CopyFiles {
  protected:
   CopyBuffering() {
@@ -309,8 +282,7 @@ TEST_F(CopyStdio, RefusesAnExistingDestination) {
   const int before = openDescriptors();
   _fileCopy_FILE method(values);
   EXPECT_FALSE(method.open());
-  EXPECT_EQ(method.errorText,
-            composeError("Unable to open file '", values.destPath, "' ! ", std::strerror(EEXIST)));
+  EXPECT_EQ(method.errorText, failure("Unable to open file '", values.destPath, EEXIST));
   EXPECT_EQ(openDescriptors(), before);
   EXPECT_EQ(dest(), "old");
 }
@@ -325,13 +297,8 @@ TEST_F(CopyDescriptor, KeepsTheTailOfALongerDestination) {
 }
 
 TEST_F(CopyDescriptor, CreatesFilesThatEveryoneMayWrite) {
-  const mode_t mask = umask(0);
   _fileCopy_fd method(values);
-  EXPECT_TRUE(method.open());
-  (void)umask(mask);
-  struct stat status {};
-  ASSERT_EQ(stat(values.destPath.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777U, 0666U);
+  test::expectFileThatEveryoneMayWrite(method, values.destPath);
 }
 
 TEST_F(CopyDescriptor, WritesEveryChunkAtOnceWithoutFlush) {
@@ -344,17 +311,7 @@ TEST_F(CopyDescriptor, WritesEveryChunkAtOnceWithoutFlush) {
 
 TEST_F(CopyDescriptor, PreallocatesTheDestinationAfterTheOpen) {
   _fileCopy_fd method(values);
-  EXPECT_TRUE(method.preallocate(false));
-  EXPECT_TRUE(fakePlatform().reservations.empty());
-  ASSERT_TRUE(method.open());
-  EXPECT_TRUE(method.preallocate(true));
-  ASSERT_EQ(fakePlatform().reservations.size(), 1U);
-  EXPECT_EQ(fakePlatform().reservations[0].length, 10);
-  EXPECT_EQ(dest(), std::string(10, '\0'));
-
-  fakePlatform().answers = {ENOSPC, ENOSPC};
-  EXPECT_FALSE(method.preallocate(true));
-  EXPECT_TRUE(method.errorText.isEmpty());
+  test::expectPreallocationAfterTheOpen(method, values.destPath);
 }
 
 TEST_F(CopyFiles, RefusesASingleStepThroughStdioAndDescriptors) {

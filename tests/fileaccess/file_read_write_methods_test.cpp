@@ -1,27 +1,21 @@
 #include "fileaccess/file_read_write_methods.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <string>
 
-#include "fakes/fake_platform.h"
-#include "fileaccess/error_text.h"
+#include "helpers/method_checks.h"
 #include "helpers/system_limits.h"
 #include "helpers/temp_folder.h"
 
 namespace marrowbench {
 namespace {
 
-using test::fakePlatform;
+using test::kBeyondEveryBuffer;
 using test::openDescriptors;
-
-constexpr std::int32_t kBeyondEveryBuffer = 100000;
 
 // A memory buffer and the path of a file that does not exist.
 class BufferFile : public testing::Test {
@@ -44,7 +38,7 @@ class BufferFile : public testing::Test {
   }
 
   [[nodiscard]] FixedString error(const char* what, int code) const {
-    return composeError(what, values.path, "' ! ", code == 0 ? "No Error." : std::strerror(code));
+    return test::failure(what, values.path, code);
   }
 
   [[nodiscard]] std::string content() const { return test::readFile(values.path); }
@@ -57,14 +51,7 @@ class BufferFile : public testing::Test {
 template <class Method>
 class BufferMethod : public BufferFile {};
 
-struct MethodName {
-  template <class Method>
-  static std::string GetName(int /*number*/) {
-    if (std::is_same_v<Method, _fileReadWriteBuffer_stream>) return "Stream";
-    return std::is_same_v<Method, _fileReadWriteBuffer_FILE> ? "AnsiC" : "Posix";
-  }
-};
-
+using MethodName = test::MethodName<_fileReadWriteBuffer_stream, _fileReadWriteBuffer_FILE>;
 using AllMethods =
     testing::Types<_fileReadWriteBuffer_stream, _fileReadWriteBuffer_FILE, _fileReadWriteBuffer_fd>;
 TYPED_TEST_SUITE(BufferMethod, AllMethods, MethodName);
@@ -148,18 +135,8 @@ TYPED_TEST(BufferMethod, FailsToReadBeyondTheFile) {
 
 TYPED_TEST(BufferMethod, FailsToWriteWhatDoesNotFit) {
   TypeParam method(this->values);
-  ASSERT_TRUE(method.open());
-  bool first = true;
-  bool second = true;
-  {
-    const test::FileSizeLimit limit(kBeyondEveryBuffer / 2);
-    first = this->transfer(method, 0, kBeyondEveryBuffer);
-    second = this->transfer(method, 0, kBeyondEveryBuffer);
-    method.close();
-  }
-  EXPECT_FALSE(first) << "half of it fits";
-  EXPECT_FALSE(second);
-  EXPECT_EQ(method.errorText, this->error("Unable to write file '", EFBIG));
+  test::expectFailureToWriteWhatDoesNotFit(
+      method, this->values.path, [&] { return this->transfer(method, 0, kBeyondEveryBuffer); });
 }
 
 TYPED_TEST(BufferMethod, FailsForANegativeLength) {
@@ -319,27 +296,12 @@ using BufferDescriptor = BufferFile;
 
 TEST_F(BufferDescriptor, PreallocatesTheFileAfterTheOpen) {
   _fileReadWriteBuffer_fd method(values);
-  EXPECT_TRUE(method.preallocate(false));
-  EXPECT_TRUE(fakePlatform().reservations.empty());
-  ASSERT_TRUE(method.open());
-  EXPECT_TRUE(method.preallocate(true));
-  ASSERT_EQ(fakePlatform().reservations.size(), 1U);
-  EXPECT_EQ(fakePlatform().reservations[0].length, 10);
-  EXPECT_EQ(content(), std::string(10, '\0'));
-
-  fakePlatform().answers = {ENOSPC, ENOSPC};
-  EXPECT_FALSE(method.preallocate(true));
-  EXPECT_TRUE(method.errorText.isEmpty());
+  test::expectPreallocationAfterTheOpen(method, values.path);
 }
 
 TEST_F(BufferDescriptor, CreatesFilesThatEveryoneMayWrite) {
-  const mode_t mask = umask(0);
   _fileReadWriteBuffer_fd method(values);
-  EXPECT_TRUE(method.open());
-  (void)umask(mask);
-  struct stat status {};
-  ASSERT_EQ(stat(values.path.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777U, 0666U);
+  test::expectFileThatEveryoneMayWrite(method, values.path);
 }
 
 }  // namespace

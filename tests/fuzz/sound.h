@@ -9,7 +9,7 @@
 
 namespace marrowbench::test {
 
-/// A finding, when the rule does not hold.
+/// Ends the fuzzer with a finding when the rule does not hold.
 inline void expect(bool holds) {
   if (!holds) std::abort();
 }

@@ -26,7 +26,7 @@ class EnvironmentVariable {
     } else {
       setenv(name, value, 1);
     }
-    tzset();  // which looks at TZ
+    tzset();  // in case the variable is TZ
   }
 
   const char* const name;

@@ -11,7 +11,7 @@
 
 namespace marrowbench::test {
 
-/// Fresh memory whose present pages can be told.
+/// Fresh memory that tells which of its pages are present.
 class Pages {
  public:
   Pages()

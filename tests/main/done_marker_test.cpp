@@ -75,7 +75,7 @@ TEST(WriteDoneMarker, TellsWhyTheFolderCannotBeMade) {
   EXPECT_EQ(readFile(doneFolder), "a file in the way");
 }
 
-// The names are so long that the marker's path is cut to the folder's own.
+// The names are so long that the marker's path, cut at 500 characters, is the folder's.
 TEST(WriteDoneMarker, WritesTheFileEvenWhenTheFolderCannotBeMade) {
   const test::TempFolder folder;
   std::string settingsPath = folder.path() + "/" + std::string(200, 'a') + "/";

@@ -26,7 +26,7 @@ std::set<std::string>& takenByAnother() {
 }  // namespace
 }  // namespace marrowbench
 
-// Linked in place of the C library's: nothing else comes between the look and the call.
+// Linked in place of the C library's: another client acts between the program's look and its call.
 extern "C" int mkdir(const char* path, mode_t mode) {
   if (marrowbench::takenByAnother().erase(path) != 0) (void)mkdirat(AT_FDCWD, path, mode);
   return mkdirat(AT_FDCWD, path, mode);
@@ -97,8 +97,8 @@ TEST_F(CreateFolder, FailsWithAParentThatCannotBeMade) {
   EXPECT_EQ(test::readFile("file"), "x");
 }
 
-// A dangling link is no folder for the test and stands in the way of mkdir, like a folder that
-// another client makes between the two.
+// Like a folder that another client makes between the look and the call, a dangling link is not
+// seen as a folder and yet stands in the way of mkdir().
 TEST_F(CreateFolder, KeepsReportingFailureWhenAnotherClientMadeTheFolder) {
   leaveDanglingLink("new");
   EXPECT_FALSE(createFolder(folder.file("new"), false));

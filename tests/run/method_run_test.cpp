@@ -9,6 +9,7 @@
 #include "fakes/fake_clock.h"
 #include "fakes/scarce_memory.h"
 #include "fileaccess/error_text.h"
+#include "helpers/method_checks.h"
 #include "helpers/temp_folder.h"
 
 namespace marrowbench {
@@ -47,9 +48,8 @@ class MethodRun : public testing::Test {
       result = {};
       run();
       EXPECT_EQ(test::readFile(dest), c.content);
-      EXPECT_EQ(result.errorText, c.refuses ? composeError("Unable to open file '", dest, "' ! ",
-                                                           std::strerror(EEXIST))
-                                            : FixedString());
+      EXPECT_EQ(result.errorText,
+                c.refuses ? test::failure("Unable to open file '", dest, EEXIST) : FixedString());
       EXPECT_EQ(result.parameters.stats.files, c.refuses ? 0 : 1);
     }
   }

@@ -15,7 +15,7 @@ std::string nothing;
 
 }  // namespace
 
-// Stands in for the C library's: a locale with another decimal point need not be installed.
+// Linked in place of the C library's, so that no locale with another decimal point is needed.
 extern "C" lconv* localeconv() {
   static lconv conventions{};
   conventions.decimal_point = decimalPoint.data();

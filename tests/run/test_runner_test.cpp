@@ -8,6 +8,7 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -155,7 +156,7 @@ TEST_F(TestRun, ExpandsTheTemplatesForEveryIteration) {
 }
 
 TEST_F(TestRun, KeepsExpandingTheTestedPathsOnceMore) {
-  // The settings file's folder enters a path after "[iter]" is replaced.
+  // The settings file's folder is put in after "[iter]" is replaced, so its own "[iter]" is left.
   const FixedString shown = folder.file("x[iter]/run.bst");
   config.settingsPath = shown;
   std::filesystem::create_directories(path("x0"));
@@ -192,12 +193,10 @@ TEST_F(TestRun, WritesTheDataOfConfigurationAndIteration) {
   for (const std::int32_t index : {0, 2}) {
     (void)run(index);
     for (std::int32_t i = 0; i < 4; ++i) {
-      std::vector<std::byte> data(5000);
-      fillTestData(data, testDataSeed(index, i));
+      std::string data(5000, '\0');
+      fillTestData(std::as_writable_bytes(std::span(data)), testDataSeed(index, i));
       const std::string name = std::to_string(index) + "_" + std::to_string(i);
-      EXPECT_EQ(test::readFile(folder.file(name)),
-                std::string(reinterpret_cast<const char*>(data.data()), data.size()))
-          << name;
+      EXPECT_EQ(test::readFile(folder.file(name)), data) << name;
     }
   }
   EXPECT_EQ(room[5000], std::byte{0}) << "only what is written";
@@ -358,7 +357,7 @@ TEST_F(TestRun, RunsNothingForSystemAndWinApi) {
   EXPECT_EQ(countOf(table(), "out.bin,,,,0,-9223372036854775808,100,"), 2U) << table();
 }
 
-// The first pause of a copy changes what the next iteration does.
+// A copy's first pause is used to change what the next iteration does.
 TEST_F(TestRun, KeepsTheOutcomeOfTheIterationBeforeForAMethodThatRunsNothing) {
   config.iterations = 2;
   config.resultsTemplate = folder.file("res.csv");

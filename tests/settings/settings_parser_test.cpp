@@ -242,7 +242,7 @@ TEST(ParseSettingsLine, StopsAtTheRefusedFieldAndSetsItToZero) {
     TestConfig config = parsed("ansic;0;0;91;92;1;93;94;95;old.bin;out.bin;log.txt;res.csv;true");
     EXPECT_FALSE(parse(config, lineWith(field, "x")));
     const ParameterBlock& p = block(config);
-    // 64 and its like are the line's own values, 90 and more are those of the line before.
+    // 91 to 95 and the buffer of 1 are from the line before, the line's own values are others.
     const std::int32_t before[] = {91, 92 * 1024, 1, 93 * 1024, 94, 95};
     const std::int32_t own[] = {0, 64 * 1024, 0, 64 * 1024, 1, 0};
     const std::int32_t now[] = {p.chunkWait, p.chunkSize,       p.systemBuffer,

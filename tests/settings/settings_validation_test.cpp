@@ -8,7 +8,8 @@ namespace {
 constexpr std::int32_t kMiB = 1048576;
 constexpr std::int32_t kPause = 7;
 
-// A record as the parser leaves it: both flags set, a pause, both copies in step.
+// A record as the parser leaves it, with both flags and a pause; the statistics have the same pause
+// and chunk size as the parameters.
 TestConfig parsedRecord(Method method, TestType type, std::int32_t systemBuffer,
                         std::int32_t chunkSize) {
   TestConfig config;

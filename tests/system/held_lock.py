@@ -6,8 +6,8 @@ from program_bench import wait_until
 from shares import start_program
 
 ATTEMPTS = 300
-# Seconds until the server has seen what a client did before it froze: first whether it is worth
-# waiting, then for a server that has much to do.
+# Seconds until the server has seen what a client did before it froze: a short wait to see whether
+# there is a lock, then a longer one, as the server may be busy.
 SETTLE = 0.2
 SETTLE_WELL = 2
 

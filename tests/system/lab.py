@@ -60,8 +60,7 @@ class Lab:
         self.network("link", "set", f"port{number}", "up")
         self.plug(number)
 
-    # The far end of a cable, as it were: a guest's network device does not survive that its own
-    # end goes down.
+    # Cables are pulled at the bridge: a guest's network device would not survive it at its own end.
     def plug(self, number):
         self.network("link", "set", f"port{number}", "master", "bridge")
 

@@ -174,7 +174,7 @@ class Smb(Server):
     on_guests = True
     daemon = "smbd"
     preallocates = True
-    # A client sees a second late that the lock is gone, so that its ten seconds may end first.
+    # Clients see up to a second late that the lock is gone; their ten seconds may end before that.
     keeps_all_rows = False
 
     def __init__(self, lab):
@@ -210,7 +210,7 @@ class Smb(Server):
         self.wait_for_port(445)
 
     def mount(self, client):
-        # Ciphers first: the mount does not wait for those that are loaded for it.
+        # The ciphers, too: a mount loads them, but does not wait until they are there.
         client.run("/run/modprobe", "-a", "cryptomgr", "hmac", "cmac", "ccm", "gcm", "ctr", "cifs")
         client.run("mount", "-t", "cifs", f"//{SERVER_ADDRESS}/bench", MOUNT_POINT,
                    "-o", f"vers=3.0,username=root,password={self.password}")
