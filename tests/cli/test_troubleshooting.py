@@ -391,6 +391,9 @@ def test_text_of_the_readme_is_printed(bench, text, request):
 
 
 def test_no_table_is_no_lost_row(bench):
-    printed = ran(bench, "posix;0;0;0;64;0;64;2;0;MEMORY;out.bin;log.txt;;true\n")
-    assert printed.count("1 files written") == 2
-    assert "lost" not in printed and "excel" not in printed
+    for end in "; ;true", "":
+        printed = ran(bench, f"posix;0;0;0;64;0;64;2;0;MEMORY;out.bin;log.txt{end}\n")
+        assert printed.count("1 files written") == 2
+        assert "lost" not in printed and "excel" not in printed
+    assert sorted(path.name for path in bench.folder.iterdir() if path.is_file()) == [
+        "log.txt", "out.bin", "run.bst"], "no table, no lock left"
