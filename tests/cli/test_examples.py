@@ -16,11 +16,13 @@ HOST = os.uname().nodename.split(".")[0]
 
 # Rows in the table: lines times iterations, of a chained file too; of the endless one a round.
 ROWS = {
-    "chain_first1": 2, "chain_second2": 1, "chunk_sizes": 12, "endurance": 3, "flush": 12,
-    "interfaces": 18, "many_clients": 6, "neighbour_read": 1, "neighbour_write": 1,
-    "preallocation": 12, "quick": 9, "server_to_server": 10, "small_files": 2000,
-    "start_together": 1, "system_buffers": 13, "throttled_copy": 4,
+    "chain_first1": 2, "chain_second2": 1, "chunk_sizes": 24, "endurance": 3, "flush": 16,
+    "interfaces": 24, "many_clients": 6, "neighbour_read": 1, "neighbour_write": 1,
+    "preallocation": 16, "quick": 9, "server_to_server": 13, "small_files": 2000,
+    "start_together": 1, "system_buffers": 25, "throttled_copy": 4,
 }
+# Those whose lines are to be compared with each other.
+COMPARING = ["chunk_sizes", "flush", "interfaces", "preallocation", "server_to_server", "system_buffers"]
 
 # What the times in the heads are computed from: usable MiB/s of the two networks, and the seconds
 # that an iteration takes besides its transfer.
@@ -212,6 +214,28 @@ def test_the_model_of_the_full_size_is_the_reduced_one_enlarged(name):
         assert full.kib == small.kib * (DIVISOR if full.kib > LARGE_KIB else 1)
 
 
+@pytest.mark.parametrize("name", COMPARING)
+def test_lines_that_are_compared_take_turns(name):
+    # What slows the share down evenly during the run then slows all kinds down alike.
+    places = {}
+    for place, run in enumerate(runs_of(name)):
+        kind = (run.method, run.flush, run.preallocate, run.chunk_kib, run.buffer,
+                "reserved" in run.source)
+        places.setdefault(run.type, {}).setdefault(kind, []).append(place)
+    compared = {of_type: kinds for of_type, kinds in places.items() if len(kinds) > 1}
+    assert compared
+    for kinds in compared.values():
+        assert len({len(where) for where in kinds.values()}) == 1
+        assert len({sum(where) for where in kinds.values()}) == 1, kinds
+
+
+def test_no_test_of_an_example_writes_a_file_again():
+    # It would find it in memory; the endless one makes a round of that.
+    for name in EXAMPLES:
+        written = [run.dest for run in runs_of(name) if run.type != "Read"]
+        assert len(written) == len(set(written)), name
+
+
 def test_only_the_throttled_copies_are_slowed_down(bed):
     bed.run("throttled_copy")
     percent = [int(row["Copy Speed %"]) for row in bed.table()]
@@ -229,7 +253,7 @@ def test_flush_makes_calls_of_ansic_only(bed):
     trace = bed.bench.folder / "trace"
     bed.run("flush", prefix=["strace", "-y", "-e", "trace=write,writev", "-o", trace])
     calls = {}
-    for name in re.findall(r"write[v]?\(\d+<[^>]*/flush_(\w+)_0\.bin>", trace.read_text()):
+    for name in re.findall(r"write[v]?\(\d+<[^>]*/flush_(\w+)_1\.bin>", trace.read_text()):
         calls[name] = calls.get(name, 0) + 1
     chunks = 262144 // DIVISOR
     assert calls == {"ansic_kept": chunks // 4, "ansic_flushed": chunks,

@@ -1,13 +1,16 @@
 """The manual pages: well formed, and nothing of the formats and messages is left out."""
 
+import contextlib
 import os
 import re
 import shutil
+import signal
 import subprocess
+import sys
 
 import pytest
 
-from conftest import HEADER, ROOT, masked
+from conftest import EMULATOR, HEADER, ROOT, masked, wait_until
 
 PAGES = {path.name: path for path in sorted((ROOT / "docs" / "man").iterdir())}
 SOURCES = [path for path in sorted((ROOT / "src").rglob("*")) if path.suffix in (".cpp", ".h")]
@@ -71,12 +74,24 @@ def test_settings_page_has_every_placeholder_in_the_order_of_their_replacement()
     assert [name for item in items for name in item.split(" , ")] == known
 
 
-def test_settings_page_has_every_field_in_its_order():
-    document = (ROOT / "docs" / "settings-file.md").read_text()
-    named = re.findall(r"^\| \d+ \| (.*?) \|", document, re.M)
+def test_readme_names_the_fields_of_the_settings_page_in_their_order():
+    first = re.search(r"^\| field \| here \|.*?\n\n", (ROOT / "README.md").read_text(), re.M | re.S)[0]
+    named = re.findall(r"^\| ([a-z -]+) \| `", first, re.M)
     fields = re.findall(r"^\.Sy (.*) :", section("marrowbench-settings.5", "Fields"), re.M)
     assert len(fields) == 14
     assert fields == named
+
+
+@pytest.mark.skipif(sys.platform != "linux", reason="other systems have a mandoc of their own")
+def test_documents_are_made_from_the_pages(bench):
+    if shutil.which("mandoc") is None:
+        pytest.skip("needs mandoc")
+    subprocess.run([ROOT / "scripts" / "manuals", bench.folder], check=True)
+    made = sorted(path.name for path in bench.folder.iterdir())
+    assert made == ["manual.md", "results-table.md", "settings-file.md"]
+    old = [name for name in made
+           if (ROOT / "docs" / name).read_text() != (bench.folder / name).read_text()]
+    assert old == [], "run scripts/manuals"
 
 
 def test_settings_page_has_every_keyword():
@@ -88,11 +103,12 @@ def test_settings_page_has_every_keyword():
     assert set(keywords) <= set(shown)
 
 
-VALUES = "PATH|FOLDER|LINE|REASON|NUMBER|SECONDS|TOTAL|DATA|200"
+VALUES = "PATH|FOLDER|LINE|TABLE|REASON|NUMBER|SECONDS|TOTAL|DATA|200"
 
 
 def messages_of_the_page():
-    return re.findall(r'^\.It "(.*)"$', section("marrowbench.1", "DIAGNOSTICS"), re.M)
+    diagnostics = re.search(r"^\.Sh DIAGNOSTICS\n(.*?)^\.Sh ", page("marrowbench.1"), re.M | re.S)[1]
+    return re.findall(r'^\.It Li "(.*)"$', diagnostics.replace(r"\&", ""), re.M)
 
 
 @pytest.mark.parametrize("message", messages_of_the_page())
@@ -107,7 +123,8 @@ def test_message_stands_so_in_the_program(message):
 
 def test_page_has_every_error_of_the_program():
     starts = {literal for path in SOURCES for literal in literals(path.read_text())
-              if re.match(r"(ERROR: |Error reading|Unable to|Unknown|No comm|single chunk)", literal)}
+              if re.match(r"(ERROR: |Error reading|Unable to|Unknown|No comm|single chunk|marrowbench: )",
+                          literal)}
     assert len(starts) >= 15
     page_text = "\n".join(messages_of_the_page())
     lost = [text for text in starts if re.split(r"%|\n", text)[0].rstrip() not in page_text]
@@ -128,3 +145,43 @@ def test_page_tells_the_form_of_longer_times():
     # As summary_line.cpp prints it: minutes, then seconds.
     assert '"%d.%02dm.s"' in source("run/summary_line.cpp")
     assert re.search(r"\d+\.\d\dm\.s", page("marrowbench.1"))
+
+
+def recipe(start):
+    """The commands of the page's example that this sentence begins, as a shell takes them."""
+    block = re.search(rf"^{start}.*?\n\.Bd -literal -offset indent\n(.*?)\.Ed", page("marrowbench.1"),
+                      re.M | re.S)[1]
+    return re.sub(r"^(\$|>) ", "", block, flags=re.M)
+
+
+@pytest.mark.skipif(bool(EMULATOR), reason="the commands start the program by its name")
+def test_clients_of_the_recipe_all_wait_and_begin_together(bench):
+    bench.settings("posix;0;0;0;64;0;64;2;0;MEMORY;out.bin;log.txt;results.csv;true\n",
+                   "many_clients.bst")
+    (bench.folder / "hosts").mkdir()
+    commands = bench.folder / "commands"
+    commands.mkdir()
+    # A client that takes its time to start must not find the file at its first look.
+    for name, script in (
+            ("marrowbench", f'sleep 1; exec {bench.fast_program} "$@"'),
+            ("ssh", f'mkdir -p "{bench.folder}/hosts/$1"; cd "{bench.folder}/hosts/$1"; sh -c "$2"')):
+        (commands / name).write_text(f"#!/bin/sh\n{script}\n")
+        (commands / name).chmod(0o755)
+    text = recipe("Begin together on several clients").replace("/tmp/", "")
+    text = text.replace("/srv/share/bench", str(bench.folder))
+    shell = subprocess.Popen(
+        ["sh", "-ec", text], cwd=bench.folder, start_new_session=True,
+        env={**os.environ, "PATH": f"{commands}:{os.environ['PATH']}"})
+
+    def printed():
+        return {path.parent.name: path.read_text()
+                for path in (bench.folder / "hosts").glob("*/run.out")}
+    try:
+        assert shell.wait(timeout=60) == 0
+        wait_until(lambda: all("Total time" in text for text in printed().values()))
+    finally:
+        with contextlib.suppress(ProcessLookupError):
+            os.killpg(shell.pid, signal.SIGKILL)
+    assert sorted(printed()) == ["pc1", "pc2", "pc3"]
+    assert [name for name, text in printed().items() if "Waiting for the next minute" not in text] == []
+    assert len(bench.rows("results.csv")) == 3 * 2
