@@ -18,9 +18,13 @@ namespace {
 constexpr int kLockTimeoutMs = 10000;
 
 // A table as the share shows it.
-enum class TableKind { missing, file, special, unknown };
+enum class TableKind {
+  missing,
+  file,
+  other,  // a pipe, a terminal, a folder, or the share does not tell
+};
 struct Table {
-  TableKind kind = TableKind::unknown;
+  TableKind kind = TableKind::other;
   std::int64_t size = 0;  // of a file
 };
 
@@ -29,8 +33,8 @@ Table lookAt(const FixedString& path) {
   for (int attempt = 0; attempt < 2; ++attempt) {
     struct stat status {};
     if (stat(path.c_str(), &status) == 0) {
-      if (S_ISREG(status.st_mode)) return {TableKind::file, status.st_size};
-      return {TableKind::special};
+      if (!S_ISREG(status.st_mode)) return {};
+      return {TableKind::file, status.st_size};
     }
     if (errno == ENOENT) return {TableKind::missing};
   }
@@ -50,12 +54,12 @@ bool endsInBeginningOf(const TextBuffer& text, int table, std::int64_t offset) {
 // write; all questions are put to one descriptor, so that they are about one file.
 void takeBack(const FixedString& path, const Table& before, const TextBuffer& text,
               const ResultsLock& lock) {
+  if (before.kind == TableKind::other) return;
   const int table = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
   if (table < 0) return;
   struct stat now {};
-  const bool mayCut = fstat(table, &now) == 0 && S_ISREG(now.st_mode) &&
-                      now.st_size >= before.size && endsInBeginningOf(text, table, before.size) &&
-                      !lock.isLost();
+  const bool mayCut = fstat(table, &now) == 0 && now.st_size >= before.size &&
+                      endsInBeginningOf(text, table, before.size) && !lock.isLost();
   if (mayCut && before.kind == TableKind::missing) (void)unlink(path.c_str());
   if (mayCut && before.kind == TableKind::file) {
     [[maybe_unused]] const int result = ftruncate(table, before.size);
@@ -68,7 +72,6 @@ bool appendWhole(const FixedString& path, const Table& before, const TextBuffer&
   bool opened = false;
   const int status = writeTextFile(path, text, false, false, &opened);
   if (opened && status == 0) return true;
-  if (before.kind == TableKind::special) return false;
   // A failed flush is a failure even where the close made up for it: then the size tells.
   const int code = errno;
   const Table after = lookAt(path);

@@ -8,6 +8,7 @@ std::int64_t systemSeconds() {
   test::FakeClock& clock = test::fakeClock();
   const std::int64_t reading = clock.seconds();
   clock.now += clock.secondsPerReading * 1'000'000;
+  if (clock.duringReading) clock.duringReading();
   return reading;
 }
 

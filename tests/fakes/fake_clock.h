@@ -17,6 +17,8 @@ struct FakeClock {
   std::int64_t msPerReading = 0;
   /// Seconds by which each reading in seconds moves the clock on, after the reading.
   std::int64_t secondsPerReading = 0;
+  /// Runs at every reading in seconds: what other clients do at that moment.
+  std::function<void()> duringReading;
   /// Runs at the end of every sleep: what other clients do meanwhile.
   std::function<void()> duringSleep;
 

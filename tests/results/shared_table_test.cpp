@@ -75,6 +75,17 @@ TEST_F(AppendToTable, TellsWhyThereIsNoLock) {
   EXPECT_EQ(errno, ENOENT);
 }
 
+// The time is read for the lock's note: at that moment this client stands still for hours.
+TEST_F(AppendToTable, WritesNothingUnderALockThatWasTakenOver) {
+  test::fakeClock().duringReading = [this] {
+    std::filesystem::remove(lock.c_str());
+    writeFile(lock, "other");
+  };
+  EXPECT_EQ(append("one\n"), TableAppend::takenOver);
+  EXPECT_FALSE(exists(table));
+  EXPECT_EQ(readFile(lock), "other");
+}
+
 TEST_F(AppendToTable, FollowsALinkToTheTable) {
   const FixedString file = folder.file("real.csv");
   std::filesystem::create_symlink(file.c_str(), table.c_str());
@@ -98,6 +109,13 @@ TEST_F(AppendToTable, WritesToAPipeAsItIs) {
   EXPECT_EQ(read(reader, text.data(), text.size()), 5);
   EXPECT_STREQ(text.data(), "one\n\n") << "no header: the table exists";
   close(reader);
+}
+
+TEST_F(AppendToTable, TakesNothingBackFromADevice) {
+  std::filesystem::create_symlink("/dev/full", table.c_str());
+  EXPECT_EQ(append("one\n"), TableAppend::failed);
+  EXPECT_EQ(errno, ENOSPC);
+  EXPECT_TRUE(exists(table));
 }
 
 TEST_F(AppendToTable, TakesBackTheBeginningOfARowThatDoesNotFit) {
