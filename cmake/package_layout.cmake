@@ -1,0 +1,15 @@
+# Run by cpack before it makes a package: what deb and rpm have in other places and forms than an archive.
+if(NOT CPACK_GENERATOR MATCHES "^(DEB|RPM)$")
+  return()
+endif()
+set(share ${CPACK_TEMPORARY_INSTALL_DIRECTORY}${CPACK_PACKAGING_INSTALL_PREFIX}/share)
+file(GLOB to_compress ${share}/man/man*/*)
+
+if(CPACK_GENERATOR STREQUAL DEB)
+  file(RENAME ${share}/zsh/site-functions ${share}/zsh/vendor-completions)
+  set(documents ${share}/doc/${CPACK_PACKAGE_NAME})
+  file(RENAME ${documents}/CHANGELOG.md ${documents}/changelog)
+  file(COPY_FILE ${CPACK_DEBIAN_CHANGELOG} ${documents}/changelog.Debian)
+  list(APPEND to_compress ${documents}/changelog ${documents}/changelog.Debian)
+endif()
+execute_process(COMMAND gzip -9n ${to_compress} COMMAND_ERROR_IS_FATAL ANY)
