@@ -42,6 +42,7 @@ class Result:
 
     rounds: int = 0
     faulty_rounds: int = 0
+    shared_rounds: int = 0  # with two or more holders at once
     rows: int = 0
     kept: int = 0
     told: int = 0
@@ -58,9 +59,9 @@ class Result:
         self.faults += other.faults
 
     def __str__(self):
-        return (f"{self.rounds} rounds, {self.faulty_rounds} with a fault; at most "
-                f"{self.most_holders} holders; {self.rows} rows: {self.kept} kept, {self.told} told lost, "
-                f"{self.silent} lost without a word")
+        return (f"{self.rounds} rounds, {self.faulty_rounds} with a fault, {self.shared_rounds} with two "
+                f"holders, at most {self.most_holders}; {self.rows} rows: {self.kept} kept, "
+                f"{self.told} told lost, {self.silent} lost without a word")
 
 
 @dataclass
@@ -276,9 +277,11 @@ def rounds_of(scenario, folder):
     for number in range(ROUNDS):
         place = folder / f"{scenario.__name__}{number}"
         before = len(total.faults)
-        for result in scenario(place):
+        results = scenario(place)
+        for result in results:
             total.add(result)
         total.faulty_rounds += len(total.faults) > before
+        total.shared_rounds += any(result.most_holders > 1 for result in results)
         shutil.rmtree(place)
     return total
 
