@@ -14,7 +14,7 @@ class Account:
 
     kept: int
     locked: int      # told: the lock could not be had
-    failed: int      # told: the table could not be written
+    failed: int      # told: the table could not be written, or the lock was taken over
     no_folder: int   # told: the test did not begin, for lack of its folder
     errors: int      # of the rows kept: those of failed transfers
 
@@ -37,9 +37,11 @@ def account(rows, printed, data_folder):
     for row in rows:
         check_error(row)
     text = "".join(printed)
+    told = text.count("marrowbench: row lost: ")
     locked = text.count("Unable to write excel file as it is still locked.")
+    assert locked <= told, "a lost row is always told on standard error"
     return Account(
-        kept=len(rows), locked=locked, failed=text.count("Unable to write excel file '"),
+        kept=len(rows), locked=locked, failed=told - locked,
         no_folder=text.count(f"Folder does not exists: {data_folder}"),
         errors=sum(row["Error"] != "" for row in rows))
 

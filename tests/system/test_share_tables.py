@@ -31,7 +31,7 @@ def check_table(share, folder, printed):
         assert found.kept == ALL
     owners = collections.Counter(pathlib.Path(row["Dest"]).name.split("_")[0] for row in rows)
     assert set(owners) <= {f"client{number}" for number in range(1, CLIENTS + 1)}
-    assert not folder.lock.exists()
+    assert not list(folder.on_server.glob("res.csv_lock*"))
     (log,) = folder.on_server.glob("_*_log")
     assert {marker.name for marker in log.iterdir()} == {
         f"done__client{number}" for number in range(1, CLIENTS + 1)}
