@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <string_view>
 
 #include "support/clock.h"
 #include "support/file_status.h"
@@ -20,7 +21,6 @@ constexpr std::int32_t kPauseMs = 250;
 // characters: the lock file then bears one character less than the name that is aged and renamed.
 FixedString createName(const WideFixedString& name) { return narrowedText<249>(name).view(); }
 FixedString ageName(const WideFixedString& name) { return narrowedText<499>(name).view(); }
-FixedString guardName(const WideFixedString& name) { return ageName(name).append(".take"); }
 
 bool pathExists(const FixedString& path) {
   struct stat status {};
@@ -92,8 +92,7 @@ bool ResultsLock::waitUntilFree(Wait& wait) const {
   for (; wait.count < wait.tries; ++wait.count) {
     if (!pathExists(path)) return true;
     if (wait.count == 0) {
-      wait.lock = see(ageName(name));
-      wait.guard = see(guardName(name));
+      for (std::size_t level = 0; level < kLevels; ++level) wait.seen[level] = see(levelName(level));
     }
     sleepMs(kPauseMs);
   }
@@ -104,23 +103,28 @@ bool ResultsLock::waitUntilFree(Wait& wait) const {
 // is deleted but the very file that was seen from the beginning.
 bool ResultsLock::removeIfStale(const Wait& wait) const {
   const FixedString path = ageName(name);
-  if (mayBeAged && isAbandoned(wait.lock, see(path))) takeOver(wait);
+  if (mayBeAged && isAbandoned(wait.seen[0], see(path))) {
+    const SignalHold hold;
+    removeAbandoned(wait, 0);
+  }
   return !fileStatus(path);
 }
 
-// Clients that find an old lock together look at its age at the same time. Without the guard one of
-// them would delete it, and the next, a moment late, the lock that the first has created since.
-void ResultsLock::takeOver(const Wait& wait) const {
-  const FixedString path = ageName(name);
-  const FixedString guardPath = guardName(name);
-  const SignalHold hold;
+FixedString ResultsLock::levelName(std::size_t level) const {
+  constexpr std::array<std::string_view, kLevels> kEndings = {"", ".take", ".take2"};
+  return ageName(name).append(kEndings[level]);
+}
+
+// Clients that find an old lock together look at its age at the same time. Without a guard one of
+// them would delete it, and the next, a moment late, the lock that the first has created since. A
+// guard that was left behind goes the same way, under a guard of its own; only the last one, left
+// behind in the moment in which another was taken over, has none.
+void ResultsLock::removeAbandoned(const Wait& wait, std::size_t level) const {
   ExclusiveFile guard;
-  if (!guard.create(guardPath)) {
-    // Whoever made it may have ended since: then the next attempt finds it gone.
-    if (isAbandoned(wait.guard, seeByOpening(guardPath))) (void)unlink(guardPath.c_str());
-    return;
-  }
-  if (isAbandoned(wait.lock, seeByOpening(path))) (void)unlink(path.c_str());
+  const std::size_t above = level + 1;
+  if (above < kLevels && !guard.create(levelName(above))) return removeAbandoned(wait, above);
+  const FixedString path = levelName(level);
+  if (isAbandoned(wait.seen[level], seeByOpening(path))) (void)unlink(path.c_str());
 }
 
 void ResultsLock::writeNote(const WideFixedString& ownerText) {

@@ -1,6 +1,8 @@
 #ifndef MARROWBENCH_RESULTS_RESULTS_LOCK_H
 #define MARROWBENCH_RESULTS_RESULTS_LOCK_H
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 
@@ -54,18 +56,21 @@ class ResultsLock {
   void release() noexcept;
 
  private:
+  // The lock file, the guard of its takeover, and the guard of that one's.
+  static constexpr std::size_t kLevels = 3;
+
   // One acquire(): how often it may look, how often it has, and what it saw first.
   struct Wait {
     int tries = 0;
     int count = 0;
-    std::optional<Sighting> lock;
-    std::optional<Sighting> guard;
+    std::array<std::optional<Sighting>, kLevels> seen;
   };
 
   [[nodiscard]] bool create();
   [[nodiscard]] bool waitUntilFree(Wait& wait) const;
   [[nodiscard]] bool removeIfStale(const Wait& wait) const;
-  void takeOver(const Wait& wait) const;
+  void removeAbandoned(const Wait& wait, std::size_t level) const;
+  [[nodiscard]] FixedString levelName(std::size_t level) const;
   void writeNote(const WideFixedString& ownerText);
 
   WideFixedString name;

@@ -67,9 +67,10 @@ class ResultsLockTest : public testing::Test {
     setModified(lockPath, fakeClock().seconds() - seconds);
   }
   void leaveDanglingLink() { std::filesystem::create_symlink("nowhere", lockPath.c_str()); }
-  void leaveGuardOfAge(std::int64_t seconds) {
-    writeFile(guardPath, "");
-    setModified(guardPath, fakeClock().seconds() - seconds);
+  void leaveGuardOfAge(std::int64_t seconds) { leaveOfAge(guardPath, seconds); }
+  static void leaveOfAge(const FixedString& path, std::int64_t seconds) {
+    writeFile(path, "");
+    setModified(path, fakeClock().seconds() - seconds);
   }
 
   // After the sleep of each number, counted from 1, the other clients do something.
@@ -87,6 +88,7 @@ class ResultsLockTest : public testing::Test {
   FixedString lockPath = folder.file("res.csv_lock.txt");
   FixedString asidePath = folder.file("res.csv_lock.txt.none");
   FixedString guardPath = folder.file("res.csv_lock.txt.take");
+  FixedString secondGuardPath = folder.file("res.csv_lock.txt.take2");
   ResultsLock lock{wide(resultsPath)};
 };
 
@@ -192,6 +194,30 @@ TEST_F(ResultsLockTest, GuardOfAClientThatEndedIsRemovedAfterThreeHours) {
   EXPECT_FALSE(Attempt(lock, 0).taken);
   EXPECT_FALSE(exists(guardPath));
   EXPECT_TRUE(Attempt(lock, 0).taken) << "the next attempt finds the way free";
+}
+
+TEST_F(ResultsLockTest, OldGuardIsLeftToTheClientThatHasTheGuardOfThat) {
+  leaveLockOfAge(20000);
+  leaveGuardOfAge(20000);
+  leaveOfAge(secondGuardPath, 0);
+  EXPECT_FALSE(Attempt(lock, 0).taken);
+  EXPECT_TRUE(exists(guardPath));
+  EXPECT_TRUE(exists(secondGuardPath));
+}
+
+TEST_F(ResultsLockTest, AttemptByAttemptEverythingOldIsRemoved) {
+  leaveLockOfAge(20000);
+  leaveGuardOfAge(20000);
+  leaveOfAge(secondGuardPath, 20000);
+  EXPECT_FALSE(Attempt(lock, 0).taken);
+  EXPECT_FALSE(exists(secondGuardPath));
+  EXPECT_FALSE(Attempt(lock, 0).taken);
+  EXPECT_FALSE(exists(guardPath));
+  EXPECT_TRUE(Attempt(lock, 0).taken);
+  lock.release();
+  EXPECT_FALSE(exists(lockPath));
+  EXPECT_FALSE(exists(guardPath));
+  EXPECT_FALSE(exists(secondGuardPath));
 }
 
 TEST_F(ResultsLockTest, GuardThatCameDuringTheWaitIsNotRemoved) {
