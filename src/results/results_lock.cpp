@@ -92,7 +92,8 @@ bool ResultsLock::waitUntilFree(Wait& wait) const {
   for (; wait.count < wait.tries; ++wait.count) {
     if (!pathExists(path)) return true;
     if (wait.count == 0) {
-      for (std::size_t level = 0; level < kLevels; ++level) wait.seen[level] = see(levelName(level));
+      for (std::size_t level = 0; level < kLevels; ++level)
+        wait.seen[level] = see(levelName(level));
     }
     sleepMs(kPauseMs);
   }

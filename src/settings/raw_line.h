@@ -9,8 +9,8 @@
 
 namespace marrowbench {
 
-/// A line of a settings file as it was read. The file may be one endless line, so only its beginning
-/// is kept.
+/// A line of a settings file as it was read. The file may be one endless line, so only its
+/// beginning is kept.
 struct RawLine {
   std::string text;          ///< the first 1,048,576 bytes
   std::uint64_t length = 0;  ///< bytes of the whole line, without its end

@@ -60,7 +60,8 @@ TEST_F(SightingTest, FileThatCantBeOpenedIsAskedByItsPath) {
 
 TEST_F(SightingTest, OwnFileMayHaveATimeOfLessThanFiveSecondsOff) {
   const Sighting own{1, 2, 1000};
-  for (const int seconds : {-4, 0, 4}) EXPECT_TRUE(mayBeOne(own, {1, 2, 1000 + seconds})) << seconds;
+  for (const int seconds : {-4, 0, 4})
+    EXPECT_TRUE(mayBeOne(own, {1, 2, 1000 + seconds})) << seconds;
   for (const int seconds : {-5, 5}) EXPECT_FALSE(mayBeOne(own, {1, 2, 1000 + seconds})) << seconds;
   EXPECT_FALSE(mayBeOne(own, {1, 3, 1000}));
   EXPECT_FALSE(mayBeOne(own, {2, 2, 1000}));

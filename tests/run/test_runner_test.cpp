@@ -44,8 +44,8 @@ class TestRun : public testing::Test {
 
   std::string run(std::int32_t configIndex = 0) {
     testing::internal::CaptureStderr();
-    std::string text = test::printedBy(
-        [&] { result = TestRunner::run(config, memory, configIndex, lostRows); });
+    std::string text =
+        test::printedBy([&] { result = TestRunner::run(config, memory, configIndex, lostRows); });
     told = testing::internal::GetCapturedStderr();
     return text;
   }
@@ -524,8 +524,8 @@ TEST_F(LockedTable, LosesTheRowAfterTenSeconds) {
   EXPECT_FALSE(test::exists(config.resultsTemplate));
   EXPECT_TRUE(test::exists(lock)) << "it is not ours";
   EXPECT_TRUE(result);
-  EXPECT_EQ(told, "marrowbench: row lost: " + path("res.csv") +
-                      ": still locked by another client\n");
+  EXPECT_EQ(told,
+            "marrowbench: row lost: " + path("res.csv") + ": still locked by another client\n");
 }
 
 TEST_F(LockedTable, TriesAgainForTheNextRow) {

@@ -64,8 +64,8 @@ TEST(CharactersOf, KeepsCountingTheLengthModulo65536) {
   const struct {
     std::uint64_t length;
     std::size_t characters;
-  } cases[] = {{0, 0},         {999, 999},   {1000, 1000},   {1001, 1000},
-               {65535, 1000},  {65536, 0},   {65540, 4},     {1048576, 0},
+  } cases[] = {{0, 0},           {999, 999},      {1000, 1000},         {1001, 1000},
+               {65535, 1000},    {65536, 0},      {65540, 4},           {1048576, 0},
                {1048576 + 7, 7}, {3ULL << 32, 0}, {(3ULL << 32) + 5, 5}};
   for (const auto& c : cases) {
     RawLine line{std::string(std::min<std::uint64_t>(c.length, 1048576), 'x'), c.length};
