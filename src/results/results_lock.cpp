@@ -35,9 +35,9 @@ void setWaited(int* waitedMs, int value) {
 
 }  // namespace
 
-ResultsLock::ResultsLock(const WideFixedString& resultsPath) : name(resultsPath) {
+ResultsLock::ResultsLock(const WideFixedString& resultsPath)
+    : name(resultsPath), mayBeAged(resultsPath.length() < WideFixedString::capacity()) {
   name.append(u"_lock.txt");
-  mayBeAged = name != resultsPath;
 }
 
 ResultsLock::~ResultsLock() { release(); }

@@ -74,7 +74,7 @@ class ResultsLock {
   void writeNote(const WideFixedString& ownerText);
 
   WideFixedString name;
-  bool mayBeAged = true;  // false: cut so far that the name to be aged is a table's
+  bool mayBeAged;  // false: cut so far that the name to be aged is a table's
   ExclusiveFile file;
   std::optional<SignalHold> interruptions;  // while the lock is held
 };
