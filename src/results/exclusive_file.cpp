@@ -13,12 +13,16 @@ ExclusiveFile::~ExclusiveFile() { remove(); }
 bool ExclusiveFile::create(const FixedString& filePath) {
   path = filePath;
   file = std::fopen(path.c_str(), "wx");
-  return file != nullptr;
+  if (file == nullptr) return false;
+  own = seeOpen(fileno(file));
+  return true;
 }
 
+// What was seen of the file when it was made is compared, not its descriptor now: sshfs answers for
+// the descriptor with the file that stands at the path, and GlusterFS not at all once another
+// client has deleted the file.
 bool ExclusiveFile::isReplaced() const {
-  const std::optional<Sighting> own = seeOpen(fileno(file));
-  // A file that can't be asked is taken for one's own: it would stay behind otherwise.
+  // A file that could not be asked is taken for one's own: it would stay behind otherwise.
   if (!own) return false;
   const std::optional<Sighting> there = see(path);
   if (!there) return errno == ENOENT;
@@ -28,6 +32,7 @@ bool ExclusiveFile::isReplaced() const {
 void ExclusiveFile::write(const FixedString& text) {
   (void)std::fwrite(text.c_str(), text.length(), 1, file);
   (void)std::fflush(file);
+  if (const std::optional<Sighting> written = seeOpen(fileno(file))) own = written;
 }
 
 bool ExclusiveFile::remove() noexcept {

@@ -2,15 +2,17 @@
 #define MARROWBENCH_RESULTS_EXCLUSIVE_FILE_H
 
 #include <cstdio>
+#include <optional>
 
+#include "results/sighting.h"
 #include "support/fixed_string.h"
 
 namespace marrowbench {
 
 /// A file that only one client can create: who has created it owns it until it is removed.
 ///
-/// The file stays open while it is owned, so that its owner can tell it from one that another
-/// client has put in its place.
+/// The file stays open while it is owned: as long as it is, no local file system gives its number
+/// to another one.
 class ExclusiveFile {
  public:
   ExclusiveFile() = default;
@@ -42,6 +44,7 @@ class ExclusiveFile {
  private:
   FixedString path;
   std::FILE* file = nullptr;
+  std::optional<Sighting> own;  // of the file when it was last written
 };
 
 }  // namespace marrowbench

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "helpers/temp_folder.h"
+#include "support/file_status.h"
 
 namespace marrowbench {
 namespace {
@@ -58,6 +59,20 @@ TEST_F(ExclusiveFileTest, KnowsThatAnotherStandsInItsPlace) {
   EXPECT_TRUE(file.isReplaced());
   EXPECT_TRUE(file.remove());
   EXPECT_EQ(readFile(path), "other");
+}
+
+// As on sshfs, where a file has the number of its path: the times tell them apart.
+TEST_F(ExclusiveFileTest, KnowsThatAnotherWithItsNumberStandsInItsPlace) {
+  ASSERT_TRUE(file.create(path));
+  file.write("a note");
+  std::int64_t modified = 0;
+  (void)fileStatus(path, &modified);
+  test::setModified(path, modified + 4);
+  EXPECT_FALSE(file.isReplaced());
+  test::setModified(path, modified + 10);
+  EXPECT_TRUE(file.isReplaced());
+  EXPECT_TRUE(file.remove());
+  EXPECT_TRUE(exists(path));
 }
 
 TEST_F(ExclusiveFileTest, KnowsThatItIsGone) {
