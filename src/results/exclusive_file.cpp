@@ -15,6 +15,9 @@ bool ExclusiveFile::create(const FixedString& filePath) {
   file = std::fopen(path.c_str(), "wx");
   if (file == nullptr) return false;
   own = seeOpen(fileno(file));
+  // Twice: a share may fail once. What is gone already has been taken over since.
+  if (!own) own = seeOpen(fileno(file));
+  isGone = !own && (errno == ENOENT || errno == ESTALE);
   return true;
 }
 
@@ -23,7 +26,7 @@ bool ExclusiveFile::create(const FixedString& filePath) {
 // client has deleted the file.
 bool ExclusiveFile::isReplaced() const {
   // A file that could not be asked is taken for one's own: it would stay behind otherwise.
-  if (!own) return false;
+  if (!own) return isGone;
   const std::optional<Sighting> there = see(path);
   if (!there) return errno == ENOENT;
   return !mayBeOne(*own, *there);
@@ -32,7 +35,6 @@ bool ExclusiveFile::isReplaced() const {
 void ExclusiveFile::write(const FixedString& text) {
   (void)std::fwrite(text.c_str(), text.length(), 1, file);
   (void)std::fflush(file);
-  if (const std::optional<Sighting> written = seeOpen(fileno(file))) own = written;
 }
 
 bool ExclusiveFile::remove() noexcept {

@@ -44,7 +44,8 @@ class ExclusiveFile {
  private:
   FixedString path;
   std::FILE* file = nullptr;
-  std::optional<Sighting> own;  // of the file when it was last written
+  std::optional<Sighting> own;  // of the file when it was made
+  bool isGone = false;          // it was deleted before it could be seen
 };
 
 }  // namespace marrowbench

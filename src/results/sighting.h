@@ -33,9 +33,10 @@ struct Sighting {
 /// What an open descriptor belongs to.
 [[nodiscard]] std::optional<Sighting> seeOpen(int descriptor);
 
-/// Whether an own file and the one that stands in its place may be one. Servers note the last write
-/// with some delay, so their times may differ by less than 5 s; a file that took the own one's
-/// place is at least ten seconds younger, for which its client has looked.
+/// Whether an own file, as it was when it was made, and the one that stands in its place may be
+/// one. The last write of a file may reach its server seconds late, so their times may differ by
+/// less than 9 s; a file that took the own one's place is ten seconds younger, for which its client
+/// has looked.
 [[nodiscard]] bool mayBeOne(const Sighting& own, const Sighting& there);
 
 /// Whether the file seen first and now was left behind by a client that ended: it is still the same

@@ -67,7 +67,7 @@ TEST_F(ExclusiveFileTest, KnowsThatAnotherWithItsNumberStandsInItsPlace) {
   file.write("a note");
   std::int64_t modified = 0;
   (void)fileStatus(path, &modified);
-  test::setModified(path, modified + 4);
+  test::setModified(path, modified + 8);
   EXPECT_FALSE(file.isReplaced());
   test::setModified(path, modified + 10);
   EXPECT_TRUE(file.isReplaced());
