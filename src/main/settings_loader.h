@@ -9,11 +9,6 @@
 
 namespace marrowbench {
 
-/// The number at the end of a settings file's name: what atoi reads in the trailing run of digits
-/// and "-", ".bst" removed. The first three characters of the path are never looked at, so a path
-/// that is nothing else from there on is read from its front.
-[[nodiscard]] std::int32_t settingsFileNumberOf(const FixedString& path);
-
 /// Waits until `path` is an existing file, a dot on the console every 5 s.
 ///
 /// @return true when it was there at the first look

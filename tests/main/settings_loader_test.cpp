@@ -18,26 +18,6 @@ using test::writeFile;
 
 constexpr std::int64_t kStart = 1'700'000'000;
 
-TEST(SettingsFileNumberOf, ReadsTheTrailingRunOfDigitsAndMinus) {
-  const struct {
-    const char* path;
-    std::int32_t number;
-  } cases[] = {{"tests/run12.bst", 12}, {"test-3.bst", -3},      {"x/y/cfg_0042.bst", 42},
-               {"tests/RUN12.BST", 12}, {"tests/run.bst", 0},    {"tests/run1-2.bst", 1},
-               {"tests/run--5.bst", 0}, {"tests/12/run.bst", 0}, {"tests/4294967297.bst", 1},
-               {"runs4.bst5.bst", 45},  {"123456.bst", 123456}};
-  for (const auto& c : cases) EXPECT_EQ(settingsFileNumberOf(c.path), c.number) << c.path;
-}
-
-TEST(SettingsFileNumberOf, KeepsOffTheFirstThreeCharacters) {
-  const struct {
-    const char* path;
-    std::int32_t number;
-  } cases[] = {{"ab7.bst", 0},     {"run-3.bst", 0}, {"abc12.bst", 0},  {"a/12.bst", 0},
-               {"abcd12.bst", 12}, {"12.bst", 12},   {"1-2345.bst", 1}, {".bst", 0}};
-  for (const auto& c : cases) EXPECT_EQ(settingsFileNumberOf(c.path), c.number) << c.path;
-}
-
 // Waits for a file of the folder and returns what is printed meanwhile.
 struct Wait {
   explicit Wait(const FixedString& path)

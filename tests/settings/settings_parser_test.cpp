@@ -5,6 +5,8 @@
 #include <array>
 #include <string>
 
+#include "settings/settings_validation.h"
+
 namespace marrowbench {
 namespace {
 
@@ -31,7 +33,9 @@ enum Field {
 bool parse(TestConfig& config, std::string_view bytes, const char* settingsPath = kSettingsPath) {
   LineString line;
   line.assignBytes(bytes);
-  return parseSettingsLine(config, line, settingsPath);
+  const bool accepted = parseSettingsLine(config, line, settingsPath).accepted;
+  if (accepted && !config.chainToNext) validate(config);
+  return accepted;
 }
 
 TestConfig parsed(std::string_view bytes, const char* settingsPath = kSettingsPath) {
@@ -233,8 +237,27 @@ TEST(ParseSettingsLine, KeepsReadingAnEmptyNumberBeforeASeparatorAsTheSeparator)
 
 TEST(ParseSettingsLine, RefusesACharacterWhoseLowByteIsADigit) {
   TestConfig config;
-  EXPECT_TRUE(parseSettingsLine(config, u"Posix;0;0;5", kSettingsPath));
-  EXPECT_FALSE(parseSettingsLine(config, u"Posix;0;0;\u0135", kSettingsPath));
+  EXPECT_TRUE(parseSettingsLine(config, u"Posix;0;0;5", kSettingsPath).accepted);
+  EXPECT_FALSE(parseSettingsLine(config, u"Posix;0;0;\u0135", kSettingsPath).accepted);
+}
+
+TEST(ParseSettingsLine, TellsTheFieldThatItStoppedAtAndWhereItStands) {
+  const struct {
+    const char16_t* line;
+    std::size_t field;
+    std::size_t position;
+  } cases[] = {
+      {u"Poxis;0;0;5", 0, 0},        {u"posix;0;0;x", 3, 10},
+      {u"posix;0;0; \t12k ;4", 3, 12}, {u"posix;0;0;;4", 3, 10},
+      {u"posix;0;0;5;-;4,5", 5, 14}, {u";posix", 0, 0},
+  };
+  for (const auto& c : cases) {
+    TestConfig config;
+    const ParsedLine parsed = parseSettingsLine(config, c.line, kSettingsPath);
+    EXPECT_FALSE(parsed.accepted) << c.position;
+    EXPECT_EQ(parsed.field, c.field) << c.position;
+    EXPECT_EQ(parsed.position, c.position);
+  }
 }
 
 TEST(ParseSettingsLine, StopsAtTheRefusedFieldAndSetsItToZero) {
