@@ -4,6 +4,7 @@ import shutil
 import statistics
 from dataclasses import dataclass
 
+from companion import companion_check, companion_start
 from programs import (GIB, KIB, MIB, Marrowbench, Unavailable, bare_loop_pairs, dd_ms, fio_ms,
                       in_process, line, peak_kib, reported_times, tool, wall_ms)
 from samples import NO_TARGET, Figure, alternate, at_least, at_most, ratios
@@ -23,12 +24,14 @@ class Scale:
     starts: int            # starts of the program for its start-to-exit time
     iterations: int        # iterations on tiny files
     tables: tuple          # bytes of the tables that rows are appended to
+    checked_lines: int     # lines that marrowctl checks for one client
+    checked_hosts: int     # clients that it checks 200 lines for
 
 
 FULL = Scale(rounds=15, times=5, file=256 * MIB, large=GIB, fill=GIB, starts=100, iterations=1000,
-             tables=(KIB, 100 * MIB, GIB))
+             tables=(KIB, 100 * MIB, GIB), checked_lines=10000, checked_hosts=500)
 SMOKE = Scale(rounds=2, times=2, file=8 * MIB, large=8 * MIB, fill=64 * KIB, starts=2, iterations=10,
-              tables=(KIB, MIB))
+              tables=(KIB, MIB), checked_lines=400, checked_hosts=5)
 
 
 class Bench:
@@ -36,6 +39,7 @@ class Bench:
 
     def __init__(self, build, memory, folder, scale):
         self.program = build / "marrowbench"
+        self.companion = build / "marrowctl"
         self.in_process = build / "bench/bench_in_process"
         self.bare_loop = build / "bench/bench_bare_loop"
         self.memory = memory  # on a memory file system, or None
@@ -300,4 +304,5 @@ def over_table_size(bench):
 
 
 GROUPS = (fill, first_read, against_bare_loop, against_fio, one_block, against_dd, loop_cost,
-          start_to_exit, peak_memory, outside_the_span, over_lines, over_table_size)
+          start_to_exit, peak_memory, outside_the_span, over_lines, over_table_size, companion_start,
+          companion_check)

@@ -20,4 +20,7 @@ endforeach()
 # Not what a run in the folder itself has left there.
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
   FILES_MATCHING PATTERN "*.bst" PATTERN "README.md" PATTERN "_*_log" EXCLUDE)
+if(TARGET marrowctl)
+  install(DIRECTORY docs/schemas DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.schema.json")
+endif()
 install(FILES CHANGELOG.md packaging/copyright DESTINATION ${CMAKE_INSTALL_DOCDIR})

@@ -4,18 +4,13 @@
 #include <cstdio>
 
 #include "fileaccess/error_text.h"
+#include "paths/done_path.h"
 #include "paths/folders.h"
 #include "paths/host_name.h"
-#include "paths/path_text.h"
 #include "results/text_file_writer.h"
 #include "support/console.h"
 
 namespace marrowbench {
-
-FixedString doneFolderOf(const FixedString& settingsPath) {
-  FixedString folder = parentFolder(settingsPath);
-  return folder.append("_").append(nameWithoutExtension(settingsPath)).append("_log");
-}
 
 void writeDoneMarker(const FixedString& settingsPath) {
   const FixedString folder = doneFolderOf(settingsPath);
@@ -25,8 +20,7 @@ void writeDoneMarker(const FixedString& settingsPath) {
     const ShortText reason = errnoText(-1);
     std::printf("Unable to create 'Done'-Folder %s: %s.\n", folder.c_str(), reason.c_str());
   }
-  FixedString file = folder;
-  file.append("/done__").append(hostName());
+  const FixedString file = doneFileOf(settingsPath, hostName());
   if (writeTextFile(file, "done", true, true) != 0) {
     const ShortText reason = errnoText(-1);
     std::printf("Unable to write 'Done'-File %s: %s.\n", file.c_str(), reason.c_str());

@@ -5,9 +5,6 @@
 
 namespace marrowbench {
 
-/// The folder of a settings file's done markers: "tests/_run12_log" for "tests/run12.bst".
-[[nodiscard]] FixedString doneFolderOf(const FixedString& settingsPath);
-
 /// Writes the file "done__HOST" into the done folder, made when missing, so that whoever runs the
 /// benchmark sees which clients have finished. Failures are printed and otherwise ignored.
 void writeDoneMarker(const FixedString& settingsPath);

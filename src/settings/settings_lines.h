@@ -20,8 +20,8 @@ enum class LineKind {
 /// A line of a settings file, and what the record that it filled was before validation.
 struct SettingsLine {
   LineKind kind = LineKind::nothing;
-  ParsedLine parsed;            ///< of a test or a rejected line
-  ParameterBlock asWritten;     ///< of a test: its parameters before validate()
+  ParsedLine parsed;         ///< of a test or a rejected line
+  ParameterBlock asWritten;  ///< of a test: its parameters before validate()
 };
 
 /// Takes a line as it was read: drops comments and blank lines, trims, parses, validates. Prints

@@ -11,7 +11,7 @@ namespace marrowbench {
 /// How far a line could be taken.
 struct ParsedLine {
   bool accepted = true;
-  std::size_t field = 0;     ///< of a rejected line: the index in kSettingsFields that it stopped at
+  std::size_t field = 0;  ///< of a rejected line: the index in kSettingsFields that it stopped at
   std::size_t position = 0;  ///< of a rejected line: where the text of that field stands
 };
 

@@ -7,6 +7,7 @@
 
 #include "helpers/printed.h"
 #include "helpers/temp_folder.h"
+#include "paths/done_path.h"
 #include "paths/host_name.h"
 
 namespace marrowbench {
@@ -23,27 +24,6 @@ std::string markerPath(const FixedString& folder) {
 
 std::string printedByMarking(const FixedString& settingsPath) {
   return test::printedBy([&] { writeDoneMarker(settingsPath); });
-}
-
-TEST(DoneFolderOf, StandsBesideTheSettingsFile) {
-  const struct {
-    const char* path;
-    const char* folder;
-  } cases[] = {{"tests/run12.bst", "tests/_run12_log"},
-               {"run12.bst", "_run12_log"},
-               {"/run12.bst", "/_run12_log"},
-               {"/data/v1.2/x.y.BST", "/data/v1.2/_x.y_log"},
-               {"a/b/.bst", "a/b/__log"},
-               {"x.bst", "_x_log"}};
-  for (const auto& c : cases) EXPECT_EQ(doneFolderOf(c.path), c.folder) << c.path;
-}
-
-TEST(DoneFolderOf, IsCutAt500Characters) {
-  const std::string folder = "/" + std::string(480, 'f') + "/";
-  EXPECT_EQ(doneFolderOf((folder + "name123456.bst").c_str()),
-            (folder + "_name123456_log").substr(0, 500).c_str());
-  EXPECT_EQ(doneFolderOf((folder + "name12345678.bst").c_str()),
-            (folder + "_name12345678_log").substr(0, 500).c_str());
 }
 
 TEST(WriteDoneMarker, LeavesAStampedFileNamedAfterTheHost) {

@@ -63,6 +63,8 @@ def check_demo(root, prefix):
     assert "ERROR" not in printed
     table = (root / "tmp/marrowbench_quick_results.csv").read_text()
     assert table.count("\n\n") == 9
+    printed = run("chroot", root, f"/{prefix}/bin/marrowctl", "check", "--strict", "/tmp/quick.bst")
+    assert "/tmp/quick.bst" in printed
     shutil.rmtree(root / "tmp")
 
 
@@ -88,7 +90,7 @@ def test_rpm_runs_in_an_empty_root_and_leaves_no_file(root):
     run(*rpm, "-i", the_only("marrowbench-*.x86_64.rpm"))
     check_demo(root, "usr")
     run(*rpm, "-e", "marrowbench")
-    assert not [path for path in root.rglob("*marrowbench*") if path.is_file()]
+    assert not [path for path in root.rglob("*marrow*") if path.is_file()]
 
 
 def test_archive_runs_where_it_is_unpacked(root):
@@ -148,7 +150,8 @@ def test_zsh_finds_its_completion_in_the_deb(root):
 def test_every_system_has_its_archive(system):
     with tarfile.open(the_only(f"marrowbench-*-{system}.tar.gz")) as archive:
         names = {name.split("/", 1)[-1] for name in archive.getnames()}
-    assert {"bin/marrowbench", "share/man/man1/marrowbench.1",
+    assert {"bin/marrowbench", "bin/marrowctl", "share/man/man1/marrowbench.1",
+            "share/man/man1/marrowctl-check.1", "share/doc/marrowbench/schemas/check.schema.json",
             "share/doc/marrowbench/examples/quick.bst"} <= names
 
 

@@ -20,9 +20,8 @@ TEST(FieldReader, TellsTextAndPlaceOfEachField) {
     const char16_t* text;
     std::size_t position;
     bool isOmitted;
-  } expected[] = {{u"posix", 0, false}, {u"flush", 7, false}, {u";", 14, true},
-                  {u"", 17, false},     {u"4", 19, false},    {u"", 20, false},
-                  {u"", 20, false}};
+  } expected[] = {{u"posix", 0, false}, {u"flush", 7, false}, {u";", 14, true}, {u"", 17, false},
+                  {u"4", 19, false},    {u"", 20, false},     {u"", 20, false}};
   for (const auto& e : expected) {
     const FieldText field = fields.next();
     EXPECT_EQ(field.text.view(), e.text) << e.position;

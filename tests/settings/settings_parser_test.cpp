@@ -247,9 +247,8 @@ TEST(ParseSettingsLine, TellsTheFieldThatItStoppedAtAndWhereItStands) {
     std::size_t field;
     std::size_t position;
   } cases[] = {
-      {u"Poxis;0;0;5", 0, 0},        {u"posix;0;0;x", 3, 10},
-      {u"posix;0;0; \t12k ;4", 3, 12}, {u"posix;0;0;;4", 3, 10},
-      {u"posix;0;0;5;-;4,5", 5, 14}, {u";posix", 0, 0},
+      {u"Poxis;0;0;5", 0, 0},   {u"posix;0;0;x", 3, 10},       {u"posix;0;0; \t12k ;4", 3, 12},
+      {u"posix;0;0;;4", 3, 10}, {u"posix;0;0;5;-;4,5", 5, 14}, {u";posix", 0, 0},
   };
   for (const auto& c : cases) {
     TestConfig config;

@@ -1,0 +1,46 @@
+# Whether marrowctl is built, and the libraries that it alone needs: target marrowctl_libraries.
+
+set(MARROWBENCH_COMPANION AUTO CACHE STRING
+    "Build marrowctl: AUTO, where its libraries are found; ON, without them an error; OFF")
+set_property(CACHE MARROWBENCH_COMPANION PROPERTY STRINGS AUTO ON OFF)
+set(MARROWBENCH_LIBRARY_HEADERS "" CACHE PATH
+    "Folder with CLI/, nlohmann/ and fmt/; empty: use the installed libraries")
+
+set(builds_marrowctl OFF)
+if(MARROWBENCH_COMPANION STREQUAL AUTO OR MARROWBENCH_COMPANION)
+  add_library(marrowctl_libraries INTERFACE)
+  set(missing_libraries)
+  if(MARROWBENCH_LIBRARY_HEADERS)
+    foreach(header IN ITEMS CLI/CLI.hpp nlohmann/json.hpp fmt/format.h)
+      if(NOT EXISTS ${MARROWBENCH_LIBRARY_HEADERS}/${header})
+        list(APPEND missing_libraries ${MARROWBENCH_LIBRARY_HEADERS}/${header})
+      endif()
+    endforeach()
+    target_include_directories(marrowctl_libraries SYSTEM INTERFACE ${MARROWBENCH_LIBRARY_HEADERS})
+    target_compile_definitions(marrowctl_libraries INTERFACE FMT_HEADER_ONLY)
+  else()
+    find_package(CLI11 2.1 CONFIG QUIET)
+    find_package(nlohmann_json 3.11 CONFIG QUIET)
+    find_package(fmt 9 CONFIG QUIET)
+    foreach(library IN ITEMS CLI11 nlohmann_json fmt)
+      if(NOT ${library}_FOUND)
+        list(APPEND missing_libraries ${library})
+      endif()
+    endforeach()
+    # Nothing of fmt is linked: the program is the same whatever the library was built with.
+    target_link_libraries(marrowctl_libraries INTERFACE
+      CLI11::CLI11 nlohmann_json::nlohmann_json fmt::fmt-header-only)
+  endif()
+
+  list(JOIN missing_libraries ", " missing_libraries)
+  string(CONCAT how_to_install "install libcli11-dev nlohmann-json3-dev libfmt-dev (Debian) or cli11 "
+    "nlohmann-json fmt (Homebrew)")
+  if(NOT missing_libraries)
+    set(builds_marrowctl ON)
+  elseif(MARROWBENCH_COMPANION STREQUAL AUTO)
+    message(NOTICE "Left out: marrowctl. It needs ${missing_libraries}: ${how_to_install}, or set "
+      "MARROWBENCH_COMPANION=OFF.")
+  else()
+    message(FATAL_ERROR "marrowctl needs ${missing_libraries}: ${how_to_install}")
+  endif()
+endif()

@@ -1,0 +1,57 @@
+#include "marrowctl/check/output.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
+
+#include "marrowctl/check/check.h"
+#include "marrowctl/check/text_parts.h"
+#include "marrowctl/support/units.h"
+#include "marrowctl/support/utf8.h"
+
+namespace marrowbench::ctl {
+
+std::string checkText(const Plan& plan, const Totals& totals, const std::vector<Finding>& findings,
+                      const TextStyle& style) {
+  const Survey survey(plan);
+  std::string text;
+  for (const PlannedFile& file : plan.files) {
+    text += linesText(plan, file, style) + pathsText(survey, file, style) + "\n";
+  }
+  text += totalsText(totals, style) + "\n";
+  return text + findingsText(findings, style) + countsText(findings, style);
+}
+
+std::string checkSummary(const Totals& totals, const std::vector<Finding>& findings,
+                         const TextStyle& style) {
+  std::map<std::string_view, std::int64_t> counts;
+  for (const Finding& finding : findings) ++counts[finding.name];
+  std::string text = totalsText(totals, style) + "\n";
+  for (const auto& [name, count] : counts) {
+    text += fmt::format("  {:>6}  {}\n", shownCount(count), name);
+  }
+  return text + countsText(findings, style);
+}
+
+std::string checkGcc(const std::vector<Finding>& findings) {
+  std::string text;
+  for (const Finding& finding : findings) {
+    text +=
+        fmt::format("{}:{}:{}: {}: {}; {} [{}]\n", printable(finding.file),
+                    finding.line.value_or(1), finding.column.value_or(1), nameOf(finding.severity),
+                    printable(finding.message), printable(finding.remedy), finding.name);
+  }
+  return text;
+}
+
+std::optional<std::string> explanationOf(std::string_view name, const TextStyle& style) {
+  const auto& kinds = findingKinds();
+  const auto kind = std::find_if(kinds.begin(), kinds.end(),
+                                 [name](const FindingKind& k) { return k.name == name; });
+  if (kind == kinds.end()) return std::nullopt;
+  return fmt::format("{} ({})\n\n{}\n", toned(name, Tone::strong, style), nameOf(kind->severity),
+                     kind->explanation);
+}
+
+}  // namespace marrowbench::ctl

@@ -1,0 +1,44 @@
+#ifndef MARROWBENCH_MARROWCTL_MAIN_COMMAND_LINE_H
+#define MARROWBENCH_MARROWCTL_MAIN_COMMAND_LINE_H
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "marrowctl/main/outcome.h"
+#include "marrowctl/sweep/sweep.h"
+
+namespace marrowbench::ctl {
+
+enum class CheckFormat { text, gcc, json };
+
+/// The options of "marrowctl check".
+struct CheckCommand {
+  std::vector<std::string> files;      ///< settings files, folders of them, or "-"
+  std::vector<std::string> hosts;      ///< clients, each by its name
+  std::vector<std::string> hostLists;  ///< clients, as readHostList() takes them
+  std::int64_t clients = 0;            ///< of the fleet; 0: as many as are named
+  bool isStrict = false;
+  bool isSummary = false;
+  CheckFormat format = CheckFormat::text;
+  std::string explained;  ///< name of a finding that is to be explained; empty: none
+};
+
+/// The options of "marrowctl sweep".
+struct SweepCommand {
+  SweepOptions sweep;
+  std::string neighbourList;  ///< as readHostList() takes it; empty: none
+  bool overwrites = false;
+};
+
+/// An Outcome when there is nothing left to do: help, the version, or what is wrong with the usage.
+using Command = std::variant<Outcome, CheckCommand, SweepCommand>;
+
+/// What the arguments behind the program's name ask for.
+[[nodiscard]] Command readCommandLine(std::span<char* const> arguments);
+
+}  // namespace marrowbench::ctl
+
+#endif

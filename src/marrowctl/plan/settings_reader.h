@@ -1,0 +1,41 @@
+#ifndef MARROWBENCH_MARROWCTL_PLAN_SETTINGS_READER_H
+#define MARROWBENCH_MARROWCTL_PLAN_SETTINGS_READER_H
+
+#include <cstddef>
+#include <istream>
+#include <string>
+#include <vector>
+
+#include "marrowctl/plan/plan.h"
+#include "settings/test_config.h"
+
+namespace marrowbench::ctl {
+
+/// Reads settings files into records as the program does: all files of a run into the same ones, as
+/// the path of a chain shows what its record held before.
+class SettingsReader {
+ public:
+  /// @param firstHost  the client whose paths decide what kind of test a line is
+  explicit SettingsReader(std::string firstHost);
+
+  /// Makes the records those of a program that has just started.
+  void startRun();
+
+  /// Reads a file to its end, though nothing but comments counts behind a chain line.
+  ///
+  /// @param path   as the program has it, "-" for standard input
+  /// @param input  at its beginning
+  PlannedFile read(const std::string& path, std::istream& input);
+
+  /// Leaves the records as read() left them when it read this file.
+  void passOver(const PlannedFile& file);
+
+ private:
+  std::string host;
+  std::vector<TestConfig> table;
+  std::size_t touched = 0;  // records that are no longer fresh
+};
+
+}  // namespace marrowbench::ctl
+
+#endif

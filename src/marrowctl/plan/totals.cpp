@@ -1,0 +1,153 @@
+#include "marrowctl/plan/totals.h"
+
+#include <algorithm>
+#include <iterator>
+#include <limits>
+#include <utility>
+
+#include "fileaccess/run_stats.h"
+#include "marrowctl/plan/expansion.h"
+#include "marrowctl/plan/file_sizes.h"
+#include "marrowctl/plan/path_pattern.h"
+#include "paths/path_text.h"
+
+namespace marrowbench::ctl {
+namespace {
+
+constexpr std::size_t kTableField = 12;
+constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max();
+
+// Sizes, iterations and clients of a settings file can pass what 64 bits hold. None is negative.
+std::int64_t product(std::int64_t a, std::int64_t b) {
+  return a != 0 && b > kMost / a ? kMost : a * b;
+}
+
+void add(std::int64_t& sum, std::int64_t value) { sum = value > kMost - sum ? kMost : sum + value; }
+
+bool movesData(const PlannedTest& test) {
+  const bool runsNothing = test.method == Method::system || test.method == Method::winApi;
+  return test.isRun && test.iterations > 0 && !runsNothing;
+}
+
+// As the program sees the size of a file that it reads: in 32 bits.
+std::int64_t readSize(std::int64_t size) {
+  return std::clamp(static_cast<std::int32_t>(size), 0, kMaxFileSize);
+}
+
+// A read or write of nothing takes one chunk, a copy of nothing takes none.
+std::int64_t pauseOf(const PlannedTest& test, std::int64_t bytes) {
+  const std::int64_t chunk = test.used.chunkSize;
+  if (chunk <= 0 || (test.type == TestType::copy && bytes == 0)) return 0;
+  const std::int64_t chunks = std::max<std::int64_t>(1, (bytes - 1) / chunk + 1);
+  return product(chunks, std::max(test.used.chunkWait, 0));
+}
+
+bool leavesMarker(const PlannedFile& file) {
+  if (!file.exists) return false;
+  bool hasTests = false;
+  for (const PlannedLine& line : file.lines) {
+    if (line.kind != LineKind::test || !line.test.isRun) continue;
+    if (line.test.markDone) return true;
+    hasTests = true;
+  }
+  return !hasTests;
+}
+
+class Count {
+ public:
+  explicit Count(const Plan& countedPlan) : plan(countedPlan), pauseMs(plan.hosts.size()) {}
+
+  Totals totals() {
+    sums.clients = plan.clients;
+    for (const PlannedFile& file : plan.files) countFile(file);
+    sums.rows = product(sums.rowsPerClient, plan.clients);
+    sums.bytesRead = forTheFleet(sums.bytesRead);
+    sums.bytesWritten = forTheFleet(sums.bytesWritten);
+    sums.pauseMs = pauseMs.empty() ? 0 : *std::max_element(pauseMs.begin(), pauseMs.end());
+    sums.pauseSeconds = sums.pauseMs / 1000 + (sums.pauseMs % 1000 != 0 ? 1 : 0);
+    for (const auto& [path, family] : sizes.families()) countLeft(path, family);
+    return std::move(sums);
+  }
+
+ private:
+  void countFile(const PlannedFile& file) {
+    for (const PlannedLine& line : file.lines) {
+      if (line.kind != LineKind::test) continue;
+      const bool hasTable = !line.fields[kTableField].text.empty();
+      if (hasTable && line.test.isRun) add(sums.rowsPerClient, std::max(line.test.iterations, 0));
+      if (movesData(line.test)) countTest(file, line.test);
+      ++testIndex;
+    }
+    if (!leavesMarker(file)) return;
+    for (const std::string& host : plan.hosts) sums.markers.push_back(markerOf(file, host));
+  }
+
+  // All clients run the line at the same time: none of them finds what another writes by it.
+  void countTest(const PlannedFile& file, const PlannedTest& test) {
+    std::vector<std::pair<std::string, std::vector<SizedFiles>>> destinations;
+    for (std::size_t host = 0; host < plan.hosts.size(); ++host) {
+      ExpandedPaths paths = expandFamilies(file, test, plan.hosts[host]);
+      std::vector<SizedFiles> files = filesOf(test, paths);
+      for (const SizedFiles& part : files) countFiles(test, part, host);
+      destinations.emplace_back(std::move(paths.dest), std::move(files));
+    }
+    if (test.type == TestType::read) return;
+    const bool isPerHost = holds(test.dest, "[host]");
+    for (const auto& [path, files] : destinations) sizes.write(path, files, isPerHost);
+  }
+
+  std::vector<SizedFiles> filesOf(const PlannedTest& test, const ExpandedPaths& paths) {
+    if (test.type == TestType::write) {
+      return {{test.iterations, std::max(test.used.fileSize, 0)}};
+    }
+    return sizes.sizesOf(paths.source, test.iterations);
+  }
+
+  void countFiles(const PlannedTest& test, const SizedFiles& files, std::size_t host) {
+    if (files.size == kUnknownSize) {
+      const bool isNoted = !sums.unknownSizes.empty() && sums.unknownSizes.back() == testIndex;
+      if (!isNoted) sums.unknownSizes.push_back(testIndex);
+      return;
+    }
+    const std::int64_t size = test.type == TestType::read ? readSize(files.size) : files.size;
+    const std::int64_t bytes = product(size, files.count);
+    if (test.type != TestType::write) add(sums.bytesRead, bytes);
+    if (test.type != TestType::read) add(sums.bytesWritten, bytes);
+    if (test.type != TestType::copy) sums.memoryBytes = std::max(sums.memoryBytes, size);
+    add(pauseMs[host], product(pauseOf(test, size), files.count));
+  }
+
+  void countLeft(const std::string& path, const FileFamily& family) {
+    if (sizes.isInFamily(path)) return;
+    std::int64_t count = 0;
+    std::int64_t bytes = 0;
+    for (const SizedFiles& files : family.files) {
+      add(count, files.count);
+      if (files.size != kUnknownSize) add(bytes, product(files.size, files.count));
+    }
+    add(sums.filesLeft, family.isPerHost ? forTheFleet(count) : count);
+    const std::string first = filledIn(path, {}, "0");
+    if (sizes.sizeHere(first) != kUnknownSize) return;
+    const std::string folder(parentFolder(first.c_str()));
+    add(sums.spaceByFolder[folder], family.isPerHost ? forTheFleet(bytes) : bytes);
+  }
+
+  // What the named hosts come to, for all clients of the fleet.
+  std::int64_t forTheFleet(std::int64_t sum) const {
+    const std::int64_t hosts = std::max<std::int64_t>(1, std::ssize(plan.hosts));
+    if (sum <= kMost / plan.clients) return sum * plan.clients / hosts;
+    return product(sum / hosts, plan.clients);
+  }
+
+  const Plan& plan;
+  std::vector<std::int64_t> pauseMs;  // of each host
+  FileSizes sizes;
+  Totals sums;
+  int testIndex = 0;
+};
+
+}  // namespace
+
+Totals totalsOf(const Plan& plan) { return Count(plan).totals(); }
+
+}  // namespace marrowbench::ctl

@@ -1,0 +1,55 @@
+#ifndef MARROWBENCH_MARROWCTL_SUPPORT_JSON_WRITER_H
+#define MARROWBENCH_MARROWCTL_SUPPORT_JSON_WRITER_H
+
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace marrowbench::ctl {
+
+/// Writes a JSON document piece by piece, so that hundreds of thousands of paths need no tree in
+/// memory. Texts are bytes: what is no UTF-8 becomes U+FFFD.
+class JsonWriter {
+ public:
+  /// Appends to `target`, which the caller owns and keeps.
+  explicit JsonWriter(std::string& target) : out(target) {}
+
+  /// An object or array opens where a value may stand; members begin with key().
+  JsonWriter& beginObject() { return begin('{'); }
+  JsonWriter& endObject() { return end('}'); }
+  JsonWriter& beginArray() { return begin('['); }
+  JsonWriter& endArray() { return end(']'); }
+
+  JsonWriter& key(std::string_view name);
+
+  JsonWriter& value(std::string_view text);
+  JsonWriter& value(const char* text) { return value(std::string_view(text)); }
+  JsonWriter& value(std::int64_t number);
+  JsonWriter& value(std::same_as<bool> auto truth) { return literal(truth ? "true" : "false"); }
+  JsonWriter& null() { return literal("null"); }
+
+  /// key() and value() at once.
+  template <class Value>
+  JsonWriter& member(std::string_view name, const Value& content) {
+    return key(name).value(content);
+  }
+
+ private:
+  JsonWriter& begin(char bracket);
+  JsonWriter& end(char bracket);
+  JsonWriter& literal(std::string_view text);
+  void separate();
+  void breakLine();
+  void quote(std::string_view text);
+
+  std::string& out;
+  std::vector<bool> isFirst{true};  // for each open bracket: nothing stands in it yet
+  bool isBehindKey = false;
+};
+
+}  // namespace marrowbench::ctl
+
+#endif

@@ -1,0 +1,76 @@
+#include "marrowctl/support/terminal.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "marrowctl/support/utf8.h"
+
+namespace marrowbench::ctl {
+namespace {
+
+constexpr int kLeastWidth = 40;
+
+bool isSet(const char* variable) {
+  const char* const value = std::getenv(variable);
+  return value != nullptr && *value != '\0';
+}
+
+bool isDumb() {
+  const char* const terminal = std::getenv("TERM");
+  return terminal != nullptr && std::string_view(terminal) == "dumb";
+}
+
+std::string_view codeOf(Tone tone) {
+  switch (tone) {
+    case Tone::plain: return "";
+    case Tone::strong: return "\033[1m";
+    case Tone::faint: return "\033[2m";
+    case Tone::red: return "\033[1;31m";
+    case Tone::yellow: return "\033[1;33m";
+    case Tone::cyan: return "\033[1;36m";
+    case Tone::green: return "\033[1;32m";
+  }
+  return "";
+}
+
+}  // namespace
+
+bool isTerminal(std::FILE* file) { return isatty(fileno(file)) == 1; }
+
+TextStyle styleOf(std::FILE* file) {
+  TextStyle style;
+  if (!isTerminal(file)) return style;
+  style.hasColour = !isSet("NO_COLOR") && !isDumb();
+  struct winsize size {};
+  if (ioctl(fileno(file), TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
+    style.width = std::max(static_cast<int>(size.ws_col), kLeastWidth);
+  }
+  return style;
+}
+
+std::string toned(std::string_view text, Tone tone, const TextStyle& style) {
+  if (!style.hasColour || tone == Tone::plain) return std::string(text);
+  return std::string(codeOf(tone)).append(text).append("\033[0m");
+}
+
+std::string wrapped(std::string_view text, int indent, int width) {
+  const std::string margin(static_cast<std::size_t>(indent), ' ');
+  const auto room = static_cast<std::size_t>(std::max(width - indent, 1));
+  std::string lines, line;
+  while (!text.empty()) {
+    const std::string_view word = text.substr(0, text.find(' '));
+    text.remove_prefix(std::min(word.size() + 1, text.size()));
+    if (!line.empty() && columnsOf(line) + 1 + columnsOf(word) > room) {
+      lines += margin + line + "\n";
+      line.clear();
+    }
+    if (!line.empty()) line += ' ';
+    line += word;
+  }
+  return line.empty() ? lines : lines + margin + line + "\n";
+}
+
+}  // namespace marrowbench::ctl

@@ -1,0 +1,33 @@
+#ifndef MARROWBENCH_MARROWCTL_SUPPORT_TERMINAL_H
+#define MARROWBENCH_MARROWCTL_SUPPORT_TERMINAL_H
+
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+namespace marrowbench::ctl {
+
+/// How text for people is set.
+struct TextStyle {
+  bool hasColour = false;
+  int width = 100;  ///< columns
+};
+
+[[nodiscard]] bool isTerminal(std::FILE* file);
+
+/// Colour on a terminal, unless NO_COLOR is set and not empty or TERM is "dumb"; the terminal's
+/// width, 100 columns where there is none.
+[[nodiscard]] TextStyle styleOf(std::FILE* file);
+
+enum class Tone { plain, strong, faint, red, yellow, cyan, green };
+
+/// The text, wrapped in what switches the tone on and off where the style has colour.
+[[nodiscard]] std::string toned(std::string_view text, Tone tone, const TextStyle& style);
+
+/// The text in lines of at most `width` columns, broken at blanks, each after `indent` blanks and
+/// with a line feed. A word that is too long gets a line of its own.
+[[nodiscard]] std::string wrapped(std::string_view text, int indent, int width);
+
+}  // namespace marrowbench::ctl
+
+#endif

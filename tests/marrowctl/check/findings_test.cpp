@@ -1,0 +1,408 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <functional>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "marrowctl/check/settings_folder.h"
+
+namespace marrowbench::ctl {
+namespace {
+
+using marrowbench::ctl::test::find;
+using marrowbench::ctl::test::namesOf;
+using marrowbench::ctl::test::SettingsFolder;
+
+using Setup = std::function<void(SettingsFolder&)>;
+
+struct Case {
+  std::string name;
+  std::string raises;  ///< "^" marks the place of the finding and is no part of the text
+  std::string justNot;
+  const char* field;  ///< nullptr: none
+  Severity severity;
+  Setup setup = {};
+};
+
+constexpr auto E = Severity::error;
+constexpr auto W = Severity::warning;
+constexpr auto N = Severity::note;
+
+const std::string kWrite = "posix;0;0;0;4;0;4;1;0;MEMORY;d_[host].bin;[host].log;r.csv;true\n";
+
+// A write with these fields in front of its paths, and with this destination.
+std::string writing(const std::string& front, const std::string& dest = "d_[host].bin") {
+  return front + ";MEMORY;" + dest + ";[host].log;r.csv;true\n";
+}
+
+// The line with blanks behind it.
+std::string padded(std::size_t length) {
+  std::string line = kWrite.substr(0, kWrite.size() - 1);
+  line.resize(length, ' ');
+  return line;
+}
+
+std::string times(int count, const std::string& text) {
+  std::string all;
+  for (int i = 0; i < count; ++i) all += text;
+  return all;
+}
+
+const Setup kFleet = [](SettingsFolder& s) { s.options.clients = 3; };
+const Setup kTwo = [](SettingsFolder& s) { s.options.hosts = {"pc1", "pc2"}; };
+
+const std::vector<Case>& cases() {
+  static const std::vector<Case> all = {
+      {"unknown-allow", "# marrowctl: allow no-log ^nolog\n" + kWrite,
+       "# marrowctl: allow no-log\n" + kWrite, nullptr, W},
+      {"unknown-method", "  ^posixx;0;0;0;4;0;4;1;0;MEMORY;d.bin\n",
+       "  POSIX;0;0;0;4;0;4;1;0;MEMORY;d.bin\n", "method", E},
+      {"bad-number", writing("posix;0;0;0; 4^K;0;4;1;0"), writing("posix;0;0;0; 4;0;4;1;0"),
+       "chunkBytes", E},
+      {"bad-number", writing("posix;0;0;0;4;0;4;1;-^-1"), writing("posix;0;0;0;4;0;4;1;-1"),
+       "cacheMode", E},
+      {"bad-number", writing("posix;0;0;^;4;0;4;1;0"), writing("posix;0;0; ;4;0;4;1;0"),
+       "chunkWaitMs", E},
+      {"empty-field", writing("posix;^;0;0;4;0;4;1;0"), writing("posix; ;0;0;4;0;4;1;0"), "flush",
+       W},
+      {"line-too-long", padded(1000) + "^ \n", padded(1000) + "\n", nullptr, E},
+      {"too-many-tests", times(200, kWrite) + "^" + kWrite + kWrite, times(200, kWrite), nullptr,
+       E},
+      {"unintended-chain", "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin; ;^r.BST\n", "r.BST\n", nullptr, E},
+      {"behind-chain", "[cfgPath]n.bst\n\n# note\n ^" + kWrite, "[cfgPath]n.bst\n\n# note\n",
+       nullptr, W},
+      {"chain-missing", " ^[cfgPath]n.bst\n", "[cfgPath]here.bst\n", nullptr, W,
+       [](SettingsFolder& s) { s.write("here.bst", kWrite); }},
+      {"chain-cycle", kWrite + "^[cfgPath]t.bst\n", kWrite + "[cfgPath]u.bst\n", nullptr, W},
+      {"folder-refused", writing("posix;0;0;0;4;0;4;1;0", "^a/b/c/d.bin"),
+       writing("posix;0;0;0;4;0;4;1;0", "a/b/d.bin"), "dest", E},
+      {"folder-refused", writing("posix;0;0;0;4;0;4;1;0", "^/x.bin"),
+       writing("posix;0;0;0;4;0;4;1;0", "/tmp/x.bin"), "dest", E},
+      {"folder-refused", "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;l.log;^a/b/c/r.csv\n",
+       "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;l.log;a/b/r.csv\n", "table", E},
+      {"folder-complaint", "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;^/l.log;r.csv\n",
+       "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;/tmp/l.log;r.csv\n", "log", N},
+      {"exists-already", writing("ansic;0;0;0;4;0;4;2;0", "^d.bin"),
+       writing("ansic;0;0;0;4;0;4;2;0", "d_[iter].bin"), "dest", E},
+      {"exists-already", kWrite + writing("ansic;0;0;0;4;0;4;1;0", "^d_[host].bin"),
+       kWrite + writing("ansic;0;0;0;4;0;4;1;0", "e_[host].bin"), "dest", E},
+      {"exists-already",
+       writing("posix;0;0;0;4;0;4;3;0", "d_[iter].bin") +
+           writing("ansic;0;0;0;4;0;4;1;0", "^d_2.bin"),
+       writing("posix;0;0;0;4;0;4;3;0", "d_[iter].bin") +
+           writing("ansic;0;0;0;4;0;4;1;0", "d_3.bin"),
+       "dest", E},
+      {"exists-already", writing("ansic;0;0;0;4;0;4;1;0", "^d.bin"),
+       writing("ansic;0;0;0;4;0;4;1;0", "d_[host].bin"), "dest", E, kFleet},
+      {"exists-already", writing("ansic;0;0;0;4;0;4;1;0", "^old.bin"),
+       writing("posix;0;0;0;4;0;4;1;0", "old.bin"), "dest", E,
+       [](SettingsFolder& s) { s.write("old.bin", "x"); }},
+      {"whole-copy-refused", "posix;0;0;0;^-1;0;0;1;0;s.bin;d.bin;l;r.csv\n",
+       "stream;0;0;0;-1;0;0;1;0;s.bin;d.bin;l;r.csv\n", "chunkBytes", E},
+      {"whole-copy-refused", "ansic;0;0;0;^2097152;0;0;1;0;s.bin;d.bin;l;r.csv\n",
+       "ansic;0;0;0;2097151;0;0;1;0;s.bin;d.bin;l;r.csv\n", "chunkBytes", E},
+      {"copies-onto-itself", "posix;0;0;0;4;0;0;1;0;s.bin;^./s.bin;l;r.csv\n",
+       "posix;0;0;0;4;0;0;1;0;s.bin;t.bin;l;r.csv\n", "dest", E,
+       [](SettingsFolder& s) { s.write("s.bin", "x"); }},
+      {"copies-onto-itself", "posix;0;0;0;4;0;0;1;0;s_[host].bin;^s_pc2.bin;l;r.csv\n",
+       "posix;0;0;0;4;0;0;1;0;s_[host].bin;s_pc3.bin;l;r.csv\n", "dest", E, kTwo},
+      {"copies-onto-itself", "posix;0;0;0;4;0;0;1;0;s.bin;^link/s.bin;l;r.csv\n",
+       "posix;0;0;0;4;0;0;1;0;s.bin;link/t.bin;l;r.csv\n", "dest", E,
+       [](SettingsFolder& s) { EXPECT_EQ(symlink(".", s.path("link").c_str()), 0); }},
+      {"memory-to-memory", "posix;0;0;0;4;0;4;1;0;^memory;MEMORY;l;r.csv\n",
+       "posix;0;0;0;4;0;4;1;0;memory;d.bin;l;r.csv\n", "source", E},
+      {"negative-size", writing("posix;0;0;0;4;0;4;^-1;0"), writing("posix;0;0;0;4;-1;4;1;-1"),
+       "iterations", E},
+      {"negative-size", writing("posix;0;0;^-1;4;0;4;1;0"), writing("posix;0;0;0;4;0;4;1;0"),
+       "chunkWaitMs", E},
+      {"negative-size", writing("posix;0;0;0;4;0;^-4;1;0"), writing("posix;0;0;0;4;0;-0;1;0"),
+       "fileBytes", E},
+      {"negative-size", "stream;0;0;0;^-1;-1;0;1;0;s.bin;d.bin;l;r.csv\n",
+       "stream;0;0;0;0;-1;0;1;0;s.bin;d.bin;l;r.csv\n", "chunkBytes", W},
+      {"negative-size", "stream;0;0;0;^-1;-1;0;1;0;s.bin;MEMORY;l;r.csv\n",
+       "stream;0;0;0;0;-1;0;1;0;s.bin;MEMORY;l;r.csv\n", "chunkBytes", E},
+      {"number-wraps", writing("posix;0;0;0;^2097152;0;4;1;0"),
+       writing("posix;0;0;0;2097151;0;4;1;0"), "chunkBytes", W},
+      {"number-wraps", writing("posix;0;0;0;4;0;4;^2147483648;0"),
+       writing("posix;0;0;0;4;0;4;2147483647;0"), "iterations", W},
+      {"number-wraps", writing("posix;0;0;^65536;4;0;4;1;0"), writing("posix;0;0;65535;4;0;4;1;0"),
+       "chunkWaitMs", W},
+      {"number-wraps", writing("posix;0;0;0;4;0;^4294967297;1;0"),
+       writing("posix;0;0;0;4;0;2147483647;1;0"), "fileBytes", W},
+      {"size-capped", writing("posix;0;0;0;4;0;^1048577;1;0"),
+       writing("posix;0;0;0;4;0;1048576;1;0"), "fileBytes", W},
+      {"size-unknown", "posix;0;0;0;4;0;0;1;0;^s.bin;MEMORY;l;r.csv\n",
+       "posix;0;0;0;4;0;0;1;0;t.bin;MEMORY;l;r.csv\n", "source", N,
+       [](SettingsFolder& s) { s.write("t.bin", "x"); }},
+      {"done-flag-one", "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;l;r.csv; ^1\n",
+       "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;l;r.csv; True\n", "markDone", W},
+      {"no-done-flag", "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;l;r.csv\n", "# nothing\n", nullptr, N},
+      {"no-done-flag", "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;l;r.csv\n",
+       "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;l;r.csv\n" + kWrite, nullptr, W, kFleet},
+      {"comment-indented", "\t ^# note\n" + kWrite, "# note\n" + kWrite, nullptr, W},
+      {"byte-order-mark", "^\xEF\xBB\xBF# note\n" + kWrite, "# note\n" + kWrite, nullptr, E},
+      {"unknown-placeholder", writing("posix;0;0;0;4;0;4;1;0", " ^d_[hots].bin"),
+       writing("posix;0;0;0;4;0;4;1;0", " d_[HOST][1].bin"), "dest", W},
+      {"unknown-placeholder", "^[cfgFolder]n.bst\n", "[cfgPath]n.bst\n", nullptr, W},
+      {"shared-destination", writing("posix;0;0;0;4;0;4;1;0", "^d.bin"), kWrite, "dest", W, kFleet},
+      {"shared-destination", kWrite + writing("posix;0;0;0;4;0;4;1;0", "^d_pc2.bin"), kWrite,
+       "dest", W, kTwo},
+      {"shared-destination",
+       writing("posix;0;0;0;4;0;4;1;0", "d_[host]2.bin") +
+           writing("posix;0;0;0;4;0;4;1;0", "^d_[host].bin"),
+       writing("posix;0;0;0;4;0;4;1;0", "d_[host]3.bin") +
+           writing("posix;0;0;0;4;0;4;1;0", "d_[host].bin"),
+       "dest", W,
+       [](SettingsFolder& s) {
+         s.options.hosts = {"pc", "pc2"};
+       }},
+      {"anonymous-rows", "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;[host].log;^r.csv;true\n",
+       "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;[host].log;r_[host].csv;true\n", "table", W, kFleet},
+      {"no-table", "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;l; ^;true\n",
+       "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;l;r.csv;true\n", "table", W},
+      {"no-log", "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin; ^;r.csv;true\n",
+       "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;l;r.csv;true\n", "log", N},
+      {"source-missing", "posix;0;0;0;4;0;0;1;0;^s.bin;MEMORY;l;r.csv\n",
+       writing("posix;0;0;0;4;0;4;1;0", "s.bin") + "posix;0;0;0;4;0;0;1;0;s.bin;MEMORY;l;r.csv\n",
+       "source", W},
+      {"source-missing", "posix;0;0;0;4;0;0;1;0;^d_pc1.bin;MEMORY;l;r.csv\n" + kWrite,
+       kWrite + "posix;0;0;0;4;0;0;1;0;d_pc1.bin;MEMORY;l;r.csv\n", "source", W},
+      {"source-missing",
+       writing("posix;0;0;0;4;0;4;2;0", "d_[iter]") +
+           "posix;0;0;0;4;0;0;3;0;^d_[iter];MEMORY;l;r.csv\n",
+       writing("posix;0;0;0;4;0;4;3;0", "d_[iter]") +
+           "posix;0;0;0;4;0;0;3;0;d_[iter];MEMORY;l;r.csv\n",
+       "source", W},
+      {"source-missing", kWrite + "posix;0;0;0;4;0;0;1;0;^d_pc3.bin;MEMORY;l;r.csv\n",
+       kWrite + "posix;0;0;0;4;0;0;1;0;d_pc2.bin;MEMORY;l;r.csv\n", "source", W, kTwo},
+      {"source-missing",
+       writing("posix;0;0;0;4;0;4;1;0", "d_[date]") +
+           "posix;0;0;0;4;0;0;1;0;^d_[date];MEMORY;l;r.csv\n",
+       "posix;0;0;0;4;0;0;1;0;s.bin;MEMORY;l;r.csv\n", "source", W,
+       [](SettingsFolder& s) { s.write("s.bin", "x"); }},
+      {"reads-own-write", kWrite + "posix;0;0;0;4;0;0;1;0;^d_[host].bin;MEMORY;l;r.csv\n",
+       "posix;0;0;0;4;0;0;1;0;d_[host].bin;MEMORY;l;r.csv\n" + kWrite, "source", N},
+      {"reads-own-write", kWrite + "posix;0;0;0;4;0;0;1;0;^d_pc2.bin;MEMORY;l;r.csv\n",
+       kWrite + "posix;0;0;0;4;0;0;1;0;d_pc2_.bin;MEMORY;l;r.csv\n", "source", N, kTwo},
+      {"no-effect", writing("posix;^flush;0;0;4;0;4;1;0"), writing("stream;flush;0;0;4;0;4;1;0"),
+       "flush", W},
+      {"no-effect", writing("stream;0;^1;0;4;0;4;1;0"), writing("posix;0;1;0;4;0;4;1;0"),
+       "preallocate", W},
+      {"no-effect", writing("stream;0;0;0;4;^1;4;1;0"),
+       "stream;0;0;0;4;1;0;1;0;s.bin;MEMORY;l;r.csv\n", "systemBuffer", W},
+      {"no-effect", "ansic;0;0;0;4;^1;0;1;0;s.bin;MEMORY;l;r.csv\n",
+       "ansic;0;0;0;4;1;0;1;0;s.bin;d.bin;l;r.csv\n", "systemBuffer", W},
+      {"measures-nothing", "^" + writing("system;0;0;0;4;0;4;1;0"), kWrite, "method", W},
+      {"measures-nothing", writing("posix;0;0;0;4;0;4;^0;0"), kWrite, "iterations", W},
+      {"crowded-lock", "posix;0;0;0;4;0;4;1;0;MEMORY;d_[host];l;^r.csv\n",
+       "posix;0;0;0;4;0;4;1;0;MEMORY;d_[host];l;[host].csv\n", "table", W,
+       [](SettingsFolder& s) { s.options.clients = 41; }},
+      {"comma-in-path", writing("posix;0;0;0;4;0;4;1;0", "^a,b.bin"),
+       "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;a,b.log;c,d.csv\n", "dest", W},
+      {"comma-in-path", "posix;0;0;0;4;0;0;1;0;^a,b.bin;MEMORY;l;r.csv\n",
+       "posix;0;0;0;4;0;0;1;0;a,b.bin;MEMORY;l\n", "source", W},
+      {"table-is-special", "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;l;^folder\n",
+       "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;l; \n", "table", W,
+       [](SettingsFolder& s) { mkdir(s.path("folder").c_str(), 0777); }},
+      {"table-is-special", "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;^pipe;r.csv\n",
+       "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;file;r.csv\n", "log", W,
+       [](SettingsFolder& s) {
+         mkfifo(s.path("pipe").c_str(), 0666);
+         s.write("file", "x");
+       }},
+      {"space-short", writing("posix;0;0;0;4;0;1048576;1000000;0", "^d_[iter].bin"),
+       writing("posix;0;0;0;4;0;1048576;1000000;0", "d.bin"), "dest", W},
+  };
+  return all;
+}
+
+struct Place {
+  std::string text;
+  std::optional<int> line, column;
+};
+
+Place placeIn(std::string text) {
+  const std::size_t mark = text.find('^');
+  if (mark == std::string::npos) return {text, {}, {}};
+  text.erase(mark, 1);
+  const std::size_t lineFeed = mark == 0 ? std::string::npos : text.rfind('\n', mark - 1);
+  const auto line = static_cast<int>(std::count(
+                        text.begin(), text.begin() + static_cast<std::ptrdiff_t>(mark), '\n')) +
+                    1;
+  return {text, line,
+          static_cast<int>(mark - (lineFeed == std::string::npos ? 0 : lineFeed + 1)) + 1};
+}
+
+std::string shown(const std::vector<Finding>& findings) {
+  std::string text;
+  for (const Finding& f : findings) {
+    text += f.name + " " + std::to_string(f.line.value_or(0)) + ":" +
+            std::to_string(f.column.value_or(0)) + " " + f.field.value_or("-") + ": " + f.message +
+            "\n";
+  }
+  return text;
+}
+
+TEST(Findings, AreRaisedAtTheirPlace) {
+  for (const Case& c : cases()) {
+    SettingsFolder settings;
+    if (c.setup) c.setup(settings);
+    const Place place = placeIn(c.raises);
+    const auto findings = settings.findings(place.text);
+    const bool isThere = std::any_of(findings.begin(), findings.end(), [&](const Finding& f) {
+      return f.name == c.name && f.line == place.line && f.column == place.column &&
+             f.severity == c.severity &&
+             f.field == (c.field ? std::optional<std::string>(c.field) : std::nullopt);
+    });
+    EXPECT_TRUE(isThere) << c.name << " in\n" << c.raises << "got\n" << shown(findings);
+    for (const Finding& f : findings) EXPECT_FALSE(f.message.empty() || f.remedy.empty()) << f.name;
+  }
+}
+
+TEST(Findings, AreNotRaisedByWhatIsJustRight) {
+  for (const Case& c : cases()) {
+    SettingsFolder settings;
+    if (c.setup) c.setup(settings);
+    const auto findings = settings.findings(c.justNot);
+    EXPECT_EQ(find(findings, c.name), nullptr) << c.name << " in\n"
+                                               << c.justNot << "got\n"
+                                               << shown(findings);
+  }
+}
+
+// not-a-settings-name and path-too-long have tests of their own: they need names of files.
+TEST(Findings, AllHaveACaseHere) {
+  std::set<std::string> tested = {"not-a-settings-name", "path-too-long"};
+  for (const Case& c : cases()) tested.insert(c.name);
+  std::set<std::string> known;
+  for (const FindingKind& kind : findingKinds()) known.insert(std::string(kind.name));
+  EXPECT_EQ(tested, known);
+}
+
+TEST(FindingKinds, AreExplainedWithAnExample) {
+  for (const FindingKind& kind : findingKinds()) {
+    EXPECT_GT(kind.explanation.size(), 150U) << kind.name;
+    EXPECT_NE(kind.explanation.find("\n    "), std::string_view::npos) << kind.name;
+  }
+}
+
+TEST(NotASettingsName, IsAFileWithAnotherEnding) {
+  SettingsFolder settings;
+  settings.write("t.txt", kWrite);
+  settings.write("u.BST", kWrite);
+  settings.options.files = {settings.path("t.txt"), settings.path("u.BST")};
+  const auto findings = settings.findings("");
+  const Finding* const finding = find(findings, "not-a-settings-name");
+  ASSERT_NE(finding, nullptr);
+  EXPECT_EQ(finding->file, settings.path("t.txt"));
+  EXPECT_EQ(finding->line, std::nullopt);
+  EXPECT_EQ(finding->column, std::nullopt);
+  EXPECT_EQ(namesOf(findings), std::vector<std::string>{"not-a-settings-name"});
+}
+
+// The severity of path-too-long for a table's path of so many characters.
+std::optional<Severity> severityForTable(std::size_t length, const std::string& end) {
+  SettingsFolder settings;
+  const std::string name(length - settings.path("").size() - end.size(), 'x');
+  std::string split = name;
+  for (std::size_t i = 100; i < split.size(); i += 100) split[i] = '/';
+  const auto findings =
+      settings.findings("posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;l;" + split + end + ";true\n");
+  const Finding* const finding = find(findings, "path-too-long");
+  if (finding == nullptr) return std::nullopt;
+  EXPECT_EQ(finding->field, "table");
+  return finding->severity;
+}
+
+TEST(PathTooLong, TellsTablesWithoutANameForTheirLock) {
+  EXPECT_EQ(severityForTable(248, ""), std::nullopt);
+  EXPECT_EQ(severityForTable(249, ""), E);
+  EXPECT_EQ(severityForTable(250, ""), W);
+  EXPECT_EQ(severityForTable(248, "_pc"), std::nullopt);
+  // "[host]" takes six characters and "pc1" three.
+  EXPECT_EQ(severityForTable(251, "[host]"), std::nullopt);
+  EXPECT_EQ(severityForTable(252, "[host]"), E);
+}
+
+std::vector<Finding> forDest(const SettingsFolder& settings, std::size_t length,
+                             const std::string& end) {
+  std::string name(length - settings.path("").size() - end.size(), 'x');
+  for (std::size_t i = 100; i < name.size(); i += 100) name[i] = '/';
+  return settings.findings("posix;0;0;0;4;0;4;11;0;MEMORY;" + name + end + ";l;r.csv;true\n");
+}
+
+TEST(PathTooLong, TellsTemplatesAndExpansionsThatAreCut) {
+  const struct {
+    std::size_t length;
+    const char* end;
+    bool isCut;
+  } lengths[] = {{500, "", false},       {501, "", true},         {500, "[cfgName]", false},
+                 {500, "[iter]", false}, {495, "[temp]x", false}, {497, "[date]", true},
+                 {496, "[date]", false}, {500, "[cfgPath]", true}};
+  for (const auto& l : lengths) {
+    const SettingsFolder settings;
+    const auto findings = forDest(settings, l.length, l.end);
+    EXPECT_EQ(find(findings, "path-too-long") != nullptr, l.isCut)
+        << l.length << " " << l.end << "\n"
+        << shown(findings);
+  }
+}
+
+TEST(Findings, ByteOrderMarkExplainsItsLineAlone) {
+  const SettingsFolder settings;
+  EXPECT_EQ(namesOf(settings.findings("\xEF\xBB\xBF" + kWrite + kWrite)),
+            std::vector<std::string>{"byte-order-mark"});
+  EXPECT_EQ(namesOf(settings.findings("\xEF\xBB\xBFnext.bst\n")),
+            std::vector<std::string>{"byte-order-mark"});
+}
+
+TEST(Findings, IndentedCommentExplainsItsLineUnlessItChains) {
+  const SettingsFolder settings;
+  EXPECT_EQ(namesOf(settings.findings(" # note\n" + kWrite)),
+            std::vector<std::string>{"comment-indented"});
+  EXPECT_EQ(namesOf(settings.findings(" # all.bst\n")),
+            (std::vector<std::string>{"comment-indented", "chain-missing"}));
+}
+
+TEST(Findings, AllowedOnesAreLeftOutErrorsToo) {
+  const SettingsFolder settings;
+  const std::string line = "posix;0;0;0;4K;0;4;1;0;MEMORY;d.bin;l;r.csv;true\n";
+  EXPECT_EQ(namesOf(settings.findings(line)), std::vector<std::string>{"bad-number"});
+  EXPECT_TRUE(settings.findings(line + "# marrowctl: allow no-log bad-number\n").empty());
+}
+
+TEST(Findings, TheStandardLineHasNone) {
+  SettingsFolder settings;
+  EXPECT_EQ(shown(settings.findings(kWrite)), "");
+  settings.options.clients = 40;
+  EXPECT_EQ(shown(settings.findings(kWrite)), "");
+}
+
+TEST(Findings, StandInOrderOfFileLineAndColumn) {
+  const SettingsFolder settings;
+  settings.write("n.bst", "posix;0;0;0;4;0;4;0;0;MEMORY;d.bin;l;r.csv\n");
+  const auto findings =
+      settings.findings("Posx\nposix;1;0;0;4;0;4;0;0;MEMORY;e.bin;l;r.csv\n[cfgPath]n.bst\n");
+  EXPECT_EQ(namesOf(findings),
+            (std::vector<std::string>{"no-done-flag", "unknown-method", "no-effect",
+                                      "measures-nothing", "no-done-flag", "measures-nothing"}));
+}
+
+TEST(ExitStatusOf, CountsWarningsOnlyWhenStrict) {
+  const auto with = [](Severity severity) {
+    Finding finding;
+    finding.severity = severity;
+    return std::vector<Finding>{finding};
+  };
+  EXPECT_EQ(exitStatusOf({}, true), 0);
+  EXPECT_EQ(exitStatusOf(with(N), true), 0);
+  EXPECT_EQ(exitStatusOf(with(W), false), 0);
+  EXPECT_EQ(exitStatusOf(with(W), true), 1);
+  EXPECT_EQ(exitStatusOf(with(E), false), 2);
+}
+
+}  // namespace
+}  // namespace marrowbench::ctl

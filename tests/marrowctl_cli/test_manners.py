@@ -1,0 +1,116 @@
+"""What goes to which output, with which colours and which exit status."""
+
+import json
+import os
+import signal
+import subprocess
+import sys
+
+import pytest
+
+from conftest import COMMAND
+
+BAD = "posix;0;0;0;x;0;128;1;0;MEMORY;{0}/out.bin;{0}/log.txt;{0}/results.csv;true\n"
+WARNED = "posix;0;0;0;64;0;128;0;0;MEMORY;{0}/out.bin;{0}/log.txt;{0}/results.csv;true\n"
+
+
+@pytest.mark.parametrize("text, plain, strict", [(BAD, 2, 2), (WARNED, 0, 1)])
+def test_status_tells_errors_and_with_strict_warnings(ctl, text, plain, strict):
+    ctl.write("a.bst", text.format(ctl.folder))
+    for form in ([], ["--json"], ["--format", "gcc"], ["--summary"]):
+        done = ctl.run("check", "a.bst", *form)
+        assert (done.returncode, done.stderr) == (plain, ""), form
+        assert ctl.run("check", "--strict", "a.bst", *form).returncode == strict, form
+
+
+def test_status_is_0_where_all_is_well(ctl):
+    ctl.good()
+    done = ctl.run("check", "--strict", "good.bst")
+    assert (done.returncode, done.stderr) == (0, ""), done.stdout
+
+
+def test_gcc_form_is_one_line_for_each_finding(ctl):
+    ctl.write("a.bst", "# a comment\n" + BAD.format(ctl.folder))
+    done = ctl.run("check", "--format", "gcc", "a.bst")
+    found = json.loads(ctl.run("check", "--json", "a.bst").stdout)["findings"]
+    lines = done.stdout.splitlines()
+    assert len(lines) == len(found) > 0
+    assert lines[0].startswith("a.bst:2:13: error: ") and lines[0].endswith("[bad-number]")
+
+
+def test_a_dash_is_the_standard_input(ctl):
+    done = ctl.run("check", "--json", "-", input=ctl.good().read_text())
+    assert [file["path"] for file in json.loads(done.stdout)["files"]] == ["-"]
+    assert done.returncode == 0, done.stdout
+
+
+@pytest.mark.parametrize("arguments, message", [
+    (["missing.bst"], "marrowctl check: missing.bst: No such file or directory\n"),
+    (["good.bst", "no/where.bst"], "marrowctl check: no/where.bst: No such file or directory\n"),
+    (["empty"], "marrowctl check: empty: no settings file is in this folder\n"),
+    (["--hosts", "./missing", "good.bst"], "marrowctl check: ./missing: No such file or directory\n"),
+])
+def test_what_cannot_be_read_is_told(ctl, arguments, message):
+    ctl.good()
+    (ctl.folder / "empty").mkdir()
+    done = ctl.run("check", *arguments)
+    assert (done.returncode, done.stdout, done.stderr) == (2, "", message)
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason="needs root to become somebody who may not read")
+def test_a_file_that_is_locked_away_is_told(ctl):
+    path = ctl.good()
+    path.chmod(0o600)
+    ctl.folder.parent.chmod(0o755)
+    done = ctl.run("check", "good.bst", user=65534)
+    assert (done.returncode, done.stderr) == (2, "marrowctl check: good.bst: Permission denied\n")
+
+
+def test_a_finding_is_explained_by_its_name(ctl):
+    done = ctl.run("check", "--explain", "no-log")
+    assert (done.returncode, done.stderr) == (0, "")
+    assert "no-log" in done.stdout.splitlines()[0]
+
+
+@pytest.mark.skipif(sys.platform != "linux", reason="needs /dev/full")
+@pytest.mark.parametrize("arguments", [["check", "good.bst"], ["sweep"], ["--help"]])
+def test_an_answer_that_cannot_be_written_is_none(ctl, arguments):
+    ctl.good()
+    with open("/dev/full", "wb") as full:
+        done = ctl.run(*arguments, stdout=full)
+    assert (done.returncode, done.stderr) == (
+        2, "marrowctl: the standard output: No space left on device\n")
+
+
+def test_a_closed_pipe_ends_it_by_its_signal(ctl):
+    read, write = os.pipe()
+    os.close(read)
+    done = ctl.run("--help", stdout=write,
+                   preexec_fn=lambda: signal.signal(signal.SIGPIPE, signal.SIG_DFL))
+    os.close(write)
+    assert done.returncode in (-signal.SIGPIPE, 128 + signal.SIGPIPE)
+
+
+def on_a_terminal(ctl, *arguments, **environment):
+    terminal, side = os.openpty()
+    clean = {name: value for name, value in os.environ.items() if name != "NO_COLOR"}
+    process = subprocess.Popen([*COMMAND, *map(str, arguments)], stdout=side, stderr=side,
+                               cwd=ctl.folder, env={**clean, "TERM": "xterm", **environment})
+    os.close(side)
+    shown = b""
+    try:
+        while piece := os.read(terminal, 65536):
+            shown += piece
+    except OSError:  # Linux tells so that the other side is closed.
+        pass
+    process.wait(timeout=60)
+    os.close(terminal)
+    return shown.decode()
+
+
+def test_colours_are_for_a_terminal(ctl):
+    bad = ctl.write("bad.bst", BAD.format(ctl.folder))
+    assert "\x1b[" not in ctl.run("check", bad).stdout
+    assert "\x1b[" in on_a_terminal(ctl, "check", bad)
+    assert "\x1b[" not in on_a_terminal(ctl, "check", bad, NO_COLOR="1")
+    assert "\x1b[" not in on_a_terminal(ctl, "check", "--json", bad)
