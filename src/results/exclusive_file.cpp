@@ -21,8 +21,8 @@ bool ExclusiveFile::create(const FixedString& filePath) {
   return true;
 }
 
-// What was seen of the file when it was made is compared, not its descriptor now: sshfs answers for
-// the descriptor with the file that stands at the path, and GlusterFS not at all once another
+// What was seen of the file when it was written is compared, not its descriptor now: sshfs answers
+// for the descriptor with the file that stands at the path, and GlusterFS not at all once another
 // client has deleted the file.
 bool ExclusiveFile::isReplaced() const {
   // A file that could not be asked is taken for one's own: it would stay behind otherwise.
@@ -35,6 +35,10 @@ bool ExclusiveFile::isReplaced() const {
 void ExclusiveFile::write(const FixedString& text) {
   (void)std::fwrite(text.c_str(), text.length(), 1, file);
   (void)std::fflush(file);
+  // An NFS client sends the text when it is asked for the file's times, which are its last then. On
+  // sshfs the answer may be about another's file, which is younger.
+  const std::optional<Sighting> written = seeOpen(fileno(file));
+  if (own && written && mayBeOne(*own, *written)) own = written;
 }
 
 bool ExclusiveFile::remove() noexcept {

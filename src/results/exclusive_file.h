@@ -44,7 +44,7 @@ class ExclusiveFile {
  private:
   FixedString path;
   std::FILE* file = nullptr;
-  std::optional<Sighting> own;  // of the file when it was made
+  std::optional<Sighting> own;  // of the file when it was last written
   bool isGone = false;          // it was deleted before it could be seen
 };
 

@@ -33,7 +33,7 @@ struct Sighting {
 /// What an open descriptor belongs to.
 [[nodiscard]] std::optional<Sighting> seeOpen(int descriptor);
 
-/// Whether an own file, as it was when it was made, and the one that stands in its place may be
+/// Whether an own file, as it was when it was written, and the one that stands in its place may be
 /// one. The last write of a file may reach its server seconds late, so their times may differ by
 /// less than 9 s; a file that took the own one's place is ten seconds younger, for which its client
 /// has looked.

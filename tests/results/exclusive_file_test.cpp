@@ -75,6 +75,22 @@ TEST_F(ExclusiveFileTest, KnowsThatAnotherWithItsNumberStandsInItsPlace) {
   EXPECT_TRUE(exists(path));
 }
 
+// A write that reaches the server late is its own; on sshfs the answer may be about another's file.
+TEST_F(ExclusiveFileTest, TimeOfItsLastWriteIsItsOwnUnlessItIsTooLate) {
+  std::int64_t modified = 0;
+  ASSERT_TRUE(file.create(path));
+  (void)fileStatus(path, &modified);
+  test::setModified(path, modified + 6);
+  file.write("");
+  test::setModified(path, modified + 12);
+  EXPECT_FALSE(file.isReplaced());
+  test::setModified(path, modified + 30);
+  file.write("");
+  EXPECT_TRUE(file.isReplaced());
+  EXPECT_TRUE(file.remove());
+  EXPECT_TRUE(exists(path));
+}
+
 TEST_F(ExclusiveFileTest, KnowsThatItIsGone) {
   ASSERT_TRUE(file.create(path));
   std::filesystem::remove(path.c_str());
