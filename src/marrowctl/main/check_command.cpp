@@ -61,7 +61,7 @@ std::optional<Outcome> preparePlan(const CheckCommand& command, PlanOptions& opt
   for (const std::string& name : command.files) {
     if (name == "-") continue;
     if (const std::string problem = problemOf(name); !problem.empty()) {
-      return impossible("check", name + ": " + problem);
+      return impossible("check", std::string(name).append(": ").append(problem));
     }
   }
   return std::nullopt;

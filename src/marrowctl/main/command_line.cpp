@@ -62,13 +62,15 @@ class Options {
     return {};
   }
 
-  Outcome wrong(const std::string& problem) const { return wrongUsageOf(name_, problem); }
+  [[nodiscard]] Outcome wrong(const std::string& problem) const {
+    return wrongUsageOf(name_, problem);
+  }
 
   CLI::App app;
   std::vector<std::string> names;  ///< words that belong to no option
 
  private:
-  std::string unknown(const std::string& word) const {
+  [[nodiscard]] std::string unknown(const std::string& word) const {
     std::vector<std::string> options;
     for (const CLI::Option* option : app.get_options()) {
       for (const std::string& name : option->get_lnames()) options.push_back("--" + name);
@@ -78,7 +80,7 @@ class Options {
     return fmt::format("unknown option {}{}", flag, didYouMean(flag, views));
   }
 
-  std::string help() const {
+  [[nodiscard]] std::string help() const {
     constexpr std::string_view kOptions = "[OPTIONS]";
     std::string text = app.help();
     return text.insert(text.find(kOptions) + kOptions.size(), arguments_);

@@ -85,7 +85,7 @@ struct Plan {
   std::vector<PlannedFile> files;
   std::vector<std::string> hosts;  ///< named clients, at least one
   std::int64_t clients = 1;        ///< of the fleet; at least as many as there are hosts
-  bool isForManyClients() const { return clients > 1; }
+  [[nodiscard]] bool isForManyClients() const { return clients > 1; }
 };
 
 }  // namespace marrowbench::ctl

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -52,10 +53,11 @@ std::string writeNewFiles(const std::vector<NewFile>& files, bool overwrites) {
       return file.path + ": exists already; --force overwrites it";
     }
   }
-  for (auto file = files.rbegin(); file != files.rend(); ++file) {
-    if (std::string problem = writeFile(*file); !problem.empty()) return problem;
+  std::string problem;
+  for (std::size_t left = files.size(); left > 0 && problem.empty(); --left) {
+    problem = writeFile(files[left - 1]);
   }
-  return {};
+  return problem;
 }
 
 }  // namespace marrowbench::ctl
