@@ -86,7 +86,7 @@ bool isNothing(const RawLine& line, const FixedString& path) {
 RawLine lineOn(const std::string& host, RawLine line) {
   constexpr std::string_view kHost = "[host]";
   for (std::int32_t at = findIgnoreCase(line.text, kHost); at >= 0;
-       at = findIgnoreCase(line.text, kHost, at + static_cast<std::int32_t>(host.size()))) {
+       at = findIgnoreCase(line.text, kHost, static_cast<std::size_t>(at) + host.size())) {
     line.text.replace(static_cast<std::size_t>(at), kHost.size(), host);
     line.length += host.size() - kHost.size();
   }
