@@ -11,6 +11,7 @@
 #include "support/file_status.h"
 
 namespace marrowbench {
+
 bool waitForSettingsFile(const FixedString& path) {
   bool existedAtFirstCheck = true;
   while (!fileStatus(path)) {
