@@ -27,7 +27,8 @@ bool pathExists(const FixedString& path) {
   return stat(path.c_str(), &status) == 0;
 }
 
-bool folderStandsAt(const FixedString& path) { return pathExists(path) && !fileStatus(path); }
+// Asked once: between two questions a lock may go.
+bool folderStandsAt(const FixedString& path) { return !see(path) && errno == EISDIR; }
 
 void setWaited(int* waitedMs, int value) {
   if (waitedMs != nullptr) *waitedMs = value;

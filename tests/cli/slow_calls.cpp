@@ -1,12 +1,16 @@
 // Preloaded into the program: makes the windows between its calls on a lock file wide, and writes
 // down what the calls did.
 //
-//   SLOW_CALLS_LOG       file for the events
-//   SLOW_CALLS_PAUSE_MS  each call on a name with "_lock.txt" in it comes 1 ms to so many later, at
-//   random SLOW_CALLS_HOLD_MS   pause before a table (a name that ends in ".csv") is opened for a
-//   row SLOW_CALLS_AHEAD     seconds by which the process's clock is ahead SLOW_CALLS_STOP
-//   "created", "noted", "opened", "appended": the process stops itself when it
-//                        has first created the lock, written its note, opened the table, closed it
+// SLOW_CALLS_LOG       file for the events
+//
+// SLOW_CALLS_PAUSE_MS  each call on a name with "_lock.txt" in it comes 1 ms to so many later
+//
+// SLOW_CALLS_HOLD_MS   pause before a table, a name that ends in ".csv", is opened for a row
+//
+// SLOW_CALLS_AHEAD     seconds by which the process's clock is ahead
+//
+// SLOW_CALLS_STOP      "created", "noted", "opened" or "appended": the process stops itself when it
+// has first created the lock, written its note, opened the table or closed it
 //
 // An event is a line "NANOSECONDS PID WHAT AGE", by the monotonic clock; AGE is that of a removed
 // lock file in seconds. A call that creates or removes a lock or writes a row and its line in the

@@ -55,7 +55,7 @@ def wait_for_first_half_of_a_minute():
         time.sleep(0.1)
 
 
-def test_clients_start_together_and_lose_no_row(bench, fleet):
+def test_clients_start_together_and_keep_or_tell_each_row(bench, fleet):
     path = bench.folder / "fleet5.bst"
     fleet.start(path, CLIENTS)
     fleet.wait_until_shown("########\n\n.")
@@ -66,10 +66,15 @@ def test_clients_start_together_and_lose_no_row(bench, fleet):
 
     hosts = [f"client{n}" for n in range(CLIENTS)]
     rows = bench.rows()
-    assert sum(text.count("still locked") for text in printed) == 0
+    told = {host: re.findall("row lost: .*: (.*)", text) for host, text in zip(hosts, printed)}
+    # On a machine that stands still for ten seconds a client may give up, but for no other reason.
+    assert {reason for reasons in told.values() for reason in reasons} <= {
+        "still locked by another client"}
+    assert len(rows) >= 0.95 * CLIENTS * ITERATIONS
     assert {row["Error"] for row in rows} == {""}
     written = collections.Counter(os.path.basename(row["Dest"]).split("_")[0] for row in rows)
-    assert written == {host: ITERATIONS for host in hosts}
+    assert {host: written[host] + len(told[host]) for host in hosts} == {
+        host: ITERATIONS for host in hosts}
     assert len({row["Dest"] for row in rows}) == len(rows), "no row twice"
     assert {marker.name for marker in (bench.folder / "_fleet5_log").iterdir()} == {
         f"done__{host}" for host in hosts}

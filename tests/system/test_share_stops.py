@@ -48,9 +48,13 @@ class StoppingClient:
 
 
 @pytest.mark.parametrize("point", ["created", "noted", "appended"])
-def test_lock_that_was_taken_over_is_left_to_its_owner(share, folder, point):
+def test_lock_that_was_taken_over_is_left_to_its_owner(request, share, folder, point):
     if not SLOW_CALLS:
         pytest.skip("needs a program with glibc, for another library to be put before it")
+    if share.server.name == "sshfs" and point == "created":
+        request.applymarker(pytest.mark.xfail(
+            strict=True, reason="sshfs answers for a descriptor with the file at its path: a client that "
+                                "has not yet looked at its own lock takes the other's for it"))
     first, second = share.clients(2)
     holder = StoppingClient(first, folder, point)
     holder.wait_until_stopped()
