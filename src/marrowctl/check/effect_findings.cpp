@@ -72,7 +72,7 @@ void addMemoryOnly(const SurveyedTest& test, FindingList& findings) {
 void addDoneFlag(const SurveyedTest& test, FindingList& findings) {
   if (test.text(Field::markDone) != "1") return;
   findings.onField("done-flag-one", test, Field::markDone,
-                   {"\"1\" is no done flag: only \"true\" asks for the marker", "write true"});
+                   {R"("1" is no done flag: only "true" asks for the marker)", "write true"});
 }
 
 // A file without tests leaves its marker anyway.

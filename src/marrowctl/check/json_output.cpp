@@ -14,10 +14,11 @@ void writeChanges(const PlannedTest& test, JsonWriter& json) {
   for (const Change& change : changesOf(test)) {
     json.beginObject().member("field", change.field);
     for (const auto& [key, value] : {std::pair("from", change.from), std::pair("to", change.to)}) {
-      if (change.isFlag)
+      if (change.isFlag) {
         json.member(key, value != 0);
-      else
+      } else {
         json.member(key, value);
+      }
     }
     json.member("why", change.why).endObject();
   }
@@ -35,10 +36,11 @@ void writePaths(const Survey& survey, const SurveyedTest& test, std::size_t host
   };
   const auto report = [&](const char* key, Field field, const PathPattern& pattern) {
     json.key(key);
-    if (test.text(field).empty())
+    if (test.text(field).empty()) {
       json.null();
-    else
+    } else {
       json.value(path(pattern));
+    }
   };
   json.beginObject().member("host", survey.hosts[host]).member("iteration", iteration);
   json.member("source", dataPath(test.source)).member("dest", dataPath(test.dest));
@@ -83,10 +85,11 @@ void writeFile(const Survey& survey, const PlannedFile& file, std::size_t& next,
     writeLine(survey, survey.tests[next], json);
   }
   json.endArray().key("chain");
-  if (file.chain.empty())
+  if (file.chain.empty()) {
     json.null();
-  else
+  } else {
     json.value(file.chain);
+  }
   json.endObject();
 }
 
@@ -102,10 +105,11 @@ void writeTotals(const Totals& totals, JsonWriter& json) {
 
 void writePlace(const char* key, const std::optional<int>& number, JsonWriter& json) {
   json.key(key);
-  if (number)
+  if (number) {
     json.value(*number);
-  else
+  } else {
     json.null();
+  }
 }
 
 void writeFinding(const Finding& finding, JsonWriter& json) {
@@ -114,10 +118,11 @@ void writeFinding(const Finding& finding, JsonWriter& json) {
   writePlace("line", finding.line, json);
   writePlace("column", finding.column, json);
   json.key("field");
-  if (finding.field)
+  if (finding.field) {
     json.value(*finding.field);
-  else
+  } else {
     json.null();
+  }
   json.member("message", finding.message).member("remedy", finding.remedy).endObject();
 }
 

@@ -29,10 +29,11 @@ class TableGroup {
       : survey(theSurvey), findings(theFindings) {}
 
   void add(const SurveyedTest& test) {
-    if (test.text(Field::log).empty())
+    if (test.text(Field::log).empty()) {
       addNoLog(test);
-    else
+    } else {
       addSpecial(test, Field::log, test.log);
+    }
     if (!test.hasTable()) return addNoTable(test);
     addSpecial(test, Field::table, test.table);
     if (!test.isRepeated()) return;

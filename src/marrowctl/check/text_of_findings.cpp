@@ -28,7 +28,7 @@ Tone toneOf(Severity severity) {
 }
 
 std::string placeOf(const Finding& finding) {
-  const std::string file = printable(finding.file);
+  std::string file = printable(finding.file);
   if (!finding.line) return file;
   return fmt::format("{}:{}:{}", file, *finding.line, finding.column.value_or(1));
 }

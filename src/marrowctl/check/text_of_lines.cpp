@@ -69,7 +69,8 @@ std::string aligned(const Row& row, const std::array<std::size_t, kColumns>& wid
 }
 
 // The changes stand behind the row, or below it where they don't fit.
-std::string withChanges(std::string row, const std::string& changes, const TextStyle& style) {
+std::string withChanges(const std::string& row, const std::string& changes,
+                        const TextStyle& style) {
   if (changes.empty()) return row + "\n";
   const bool fits =
       row.size() + kGap.size() + changes.size() <= static_cast<std::size_t>(style.width);

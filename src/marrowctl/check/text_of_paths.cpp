@@ -44,7 +44,7 @@ class PathLines {
     text += fmt::format("  {:>4}  {}  {}\n", number, place(host, iteration), move);
   }
 
-  std::string place(std::size_t host, std::int32_t iteration) const {
+  [[nodiscard]] std::string place(std::size_t host, std::int32_t iteration) const {
     const std::string name =
         survey.hosts.size() > 1 ? printable(survey.hosts[host]) + " " : std::string();
     return toned(fmt::format("{}[iter] {}", name, iteration), Tone::faint, style);

@@ -43,9 +43,11 @@ class Filler {
         expander().once(marked(pathTemplate), host, test.configIndex, iteration.value_or(0)));
   }
 
-  bool isSure(const std::string& pattern) const { return hostIsPlain && !pattern.empty(); }
+  [[nodiscard]] bool isSure(const std::string& pattern) const {
+    return hostIsPlain && !pattern.empty();
+  }
 
-  FixedString marked(const std::string& pathTemplate) const {
+  [[nodiscard]] FixedString marked(const std::string& pathTemplate) const {
     FixedString path = std::string_view(pathTemplate);
     if (!iteration) path.replaceAll("[iter]", kMark);
     return path;

@@ -75,10 +75,11 @@ void JsonWriter::separate() {
   }
   if (!isFirst.back()) out += ',';
   const bool isOutermost = isFirst.size() == 1;
-  if (!isOutermost && isFirst.size() <= kIndentedLevels)
+  if (!isOutermost && isFirst.size() <= kIndentedLevels) {
     breakLine();
-  else if (!isFirst.back())
+  } else if (!isFirst.back()) {
     out += ' ';
+  }
   isFirst.back() = false;
 }
 

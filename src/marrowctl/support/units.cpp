@@ -91,7 +91,7 @@ std::string shownCount(std::int64_t count, std::string_view word) {
 std::string shownDuration(std::int64_t seconds) {
   constexpr std::int64_t kMinute = 60;
   constexpr std::int64_t kHour = 3600;
-  const std::string rest = std::to_string(seconds % kMinute) + " s";
+  std::string rest = std::to_string(seconds % kMinute) + " s";
   if (seconds < kMinute) return rest;
   const std::string minutes = std::to_string(seconds % kHour / kMinute) + " min " + rest;
   return seconds < kHour ? minutes : shownCount(seconds / kHour) + " h " + minutes;

@@ -150,7 +150,7 @@ std::string takeNeighbours(const std::vector<std::string>& names, std::vector<st
     const std::string host(hostNameFrom(name).view());
     if (std::string reason = reasonAgainstHost(name); !reason.empty()) return reason;
     if (std::find(hosts.begin(), hosts.end(), host) != hosts.end()) {
-      return "\"" + host + "\" comes twice; names are cut at their first \".\"";
+      return "\"" + host + R"(" comes twice; names are cut at their first ".")";
     }
     hosts.push_back(host);
   }
