@@ -31,8 +31,8 @@ class FilesHere {
 
 // The first iterations and the last one; one where all have the same name.
 std::vector<std::int32_t> looksAt(const SurveyedTest& test, const PathPattern& pattern) {
-  const std::int32_t last = test.test().iterations - 1;
-  if (!pattern.has(PathPattern::kIteration)) return {0};
+  const std::int32_t last = test.test().lastIteration();
+  if (!pattern.has(kIterationMark)) return {0};
   std::vector<std::int32_t> looks;
   for (std::int32_t i = 0; i <= std::min(last, kMostLooks); ++i) looks.push_back(i);
   if (last > kMostLooks) looks.push_back(last);
@@ -45,8 +45,8 @@ class DataGroup {
       : survey(theSurvey), findings(theFindings), written(theSurvey) {}
 
   void add(const SurveyedTest& test) {
-    if (test.reads() && !test.source.isEmpty()) addSource(test);
-    if (!test.writes() || test.dest.isEmpty()) return;
+    if (test.reads() && !test.source().isEmpty()) addSource(test);
+    if (!test.writes() || test.dest().isEmpty()) return;
     if (test.test().type == TestType::copy) addSelfCopy(test);
     const bool isExclusive = test.test().method == Method::ansiC;
     std::vector<std::string> reasons;
@@ -60,14 +60,14 @@ class DataGroup {
  private:
   void addSource(const SurveyedTest& test) {
     bool isOwn = false;
-    for (std::size_t host = 0; host < survey.hostsToAsk(test.source); ++host) {
-      for (const std::int32_t iteration : looksAt(test, test.source)) {
-        const auto writer = written.writerOf(test.source, host, iteration);
+    for (std::size_t host = 0; host < survey.hostsToAsk(test.source()); ++host) {
+      for (const std::int32_t iteration : looksAt(test, test.source())) {
+        const auto writer = written.writerOf(test.source(), host, iteration);
         // The date is that of the moment: a name with it is never found again.
-        const bool isWritten = writer && !test.source.has(PathPattern::kDate);
+        const bool isWritten = writer && !test.source().has(kDateMark);
         if (!isWritten && isMissing(test, host, iteration)) return;
         const bool isByHost =
-            !test.source.has(PathPattern::kHost) ||
+            !test.source().has(kHostMark) ||
             (writer && (writer->host == host || writer->host == Writer::kEveryHost));
         if (isWritten && isByHost) isOwn = true;
       }
@@ -76,9 +76,9 @@ class DataGroup {
   }
 
   bool isMissing(const SurveyedTest& test, std::size_t host, std::int32_t iteration) {
-    const std::string path = survey.path(test, test.source, host, iteration);
+    const std::string path = survey.path(test, test.source(), host, iteration);
     if (here.exists(path)) return false;
-    const bool hasDate = test.source.has(PathPattern::kDate);
+    const bool hasDate = test.source().has(kDateMark);
     findings.onField(
         "source-missing", test, Field::source,
         {hasDate
@@ -99,15 +99,14 @@ class DataGroup {
   }
 
   void addSelfCopy(const SurveyedTest& test) {
-    const bool isPerHost = test.source.has(PathPattern::kHost) || test.dest.has(PathPattern::kHost);
+    const bool isPerHost = test.source().has(kHostMark) || test.dest().has(kHostMark);
     const std::int32_t looks = std::min(test.test().iterations, kMostLooks);
-    if (test.source.text == test.dest.text) return addSelfCopy(test, 0, false);
-    const bool isNumbered =
-        test.source.has(PathPattern::kIteration) || test.dest.has(PathPattern::kIteration);
-    for (std::size_t host = 0; host < (isPerHost ? survey.hosts.size() : 1); ++host) {
+    if (test.source().text == test.dest().text) return addSelfCopy(test, 0, false);
+    const bool isNumbered = test.source().has(kIterationMark) || test.dest().has(kIterationMark);
+    for (std::size_t host = 0; host < (isPerHost ? survey.plan.hosts.size() : 1); ++host) {
       for (std::int32_t i = 0; i < (isNumbered ? looks : 1); ++i) {
-        const std::string source = survey.path(test, test.source, host, i);
-        const std::string dest = survey.path(test, test.dest, host, i);
+        const std::string source = survey.path(test, test.source(), host, i);
+        const std::string dest = survey.path(test, test.dest(), host, i);
         if (source == dest) return addSelfCopy(test, host, false);
         if (i == 0 && sameFile.isSame(source, dest)) return addSelfCopy(test, host, true);
       }
@@ -115,7 +114,7 @@ class DataGroup {
   }
 
   void addSelfCopy(const SurveyedTest& test, std::size_t host, bool isThroughLinks) {
-    const std::string path = survey.path(test, test.dest, host, 0);
+    const std::string path = survey.path(test, test.dest(), host, 0);
     const bool isStream = test.test().method == Method::stream;
     findings.onField("copies-onto-itself", test, Field::dest,
                      {fmt::format("source and dest are the same file{}, {}: {}",
@@ -127,13 +126,13 @@ class DataGroup {
 
   std::vector<std::string> reasonsToExist(const SurveyedTest& test) {
     std::vector<std::string> reasons;
-    if (test.test().iterations > 1 && !test.dest.has(PathPattern::kIteration)) {
-      reasons.emplace_back(test.dest.has(PathPattern::kDate)
+    if (test.test().iterations > 1 && !test.dest().has(kIterationMark)) {
+      reasons.emplace_back(test.dest().has(kDateMark)
                                ? "every iteration writes it, and [date] changes every 10 s only"
                                : "every iteration writes it");
     }
-    for (std::size_t host = 0; host < survey.hostsToAsk(test.dest); ++host) {
-      for (const std::int32_t iteration : looksAt(test, test.dest)) {
+    for (std::size_t host = 0; host < survey.hostsToAsk(test.dest()); ++host) {
+      for (const std::int32_t iteration : looksAt(test, test.dest())) {
         const std::string reason = reasonToExist(test, host, iteration);
         if (reason.empty()) continue;
         reasons.push_back(reason);
@@ -144,19 +143,20 @@ class DataGroup {
   }
 
   std::string reasonToExist(const SurveyedTest& test, std::size_t host, std::int32_t iteration) {
-    if (const auto writer = written.writerOf(test.dest, host, iteration)) {
+    if (const auto writer = written.writerOf(test.dest(), host, iteration)) {
       return fmt::format("line {}{} writes it before", writer->test->line->number,
                          writer->test->file == test.file
                              ? ""
                              : fmt::format(" of {}", quoted(writer->test->file->path)));
     }
-    const bool isFirstOrLast = iteration == 0 || iteration == test.test().iterations - 1;
-    const bool isHere = isFirstOrLast && here.exists(survey.path(test, test.dest, host, iteration));
+    const bool isFirstOrLast = iteration == 0 || iteration == test.test().lastIteration();
+    const bool isHere =
+        isFirstOrLast && here.exists(survey.path(test, test.dest(), host, iteration));
     return isHere ? "it exists here" : "";
   }
 
   void addExisting(const SurveyedTest& test, const std::vector<std::string>& reasons) {
-    const std::string path = survey.path(test, test.dest, 0, 0);
+    const std::string path = survey.path(test, test.dest(), 0, 0);
     findings.onField(
         "exists-already", test, Field::dest,
         {fmt::format("AnsiC writes no file that exists, {}: {}", quoted(path),
@@ -166,8 +166,8 @@ class DataGroup {
   }
 
   void addShared(const SurveyedTest& test, std::size_t host) {
-    const bool isNamed = test.dest.has(PathPattern::kHost);
-    const std::string path = survey.path(test, test.dest, host, 0);
+    const bool isNamed = test.dest().has(kHostMark);
+    const std::string path = survey.path(test, test.dest(), host, 0);
     findings.onField(
         "shared-destination", test, Field::dest,
         {isNamed ? fmt::format("{} is written by several clients, with other lines counted",

@@ -62,7 +62,7 @@ void addMeasuresNothing(const SurveyedTest& test, FindingList& findings) {
 }
 
 void addMemoryOnly(const SurveyedTest& test, FindingList& findings) {
-  if (!test.movesData() || !test.source.isEmpty() || !test.dest.isEmpty()) return;
+  if (!test.movesData() || !test.source().isEmpty() || !test.dest().isEmpty()) return;
   findings.onField("memory-to-memory", test, Field::source,
                    {"source and dest are both memory: the test looks for a file without a name and "
                     "always fails",

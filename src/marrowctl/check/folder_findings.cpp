@@ -51,13 +51,13 @@ class FolderGroup {
   // In the order in which a client makes them.
   void add(const SurveyedTest& test) {
     if (!test.text(Field::log).empty()) {
-      addComplaint(test, Field::log, test.log);
-      (void)refusedFolder(test, test.log);
+      addComplaint(test, Field::log, test.log());
+      (void)refusedFolder(test, test.log());
     }
     if (!test.isRepeated()) return;
-    if (!test.dest.isEmpty()) addRefusal(test, Field::dest, test.dest);
-    if (test.hasTable() && !addComplaint(test, Field::table, test.table)) {
-      addRefusal(test, Field::table, test.table);
+    if (!test.dest().isEmpty()) addRefusal(test, Field::dest, test.dest());
+    if (test.hasTable() && !addComplaint(test, Field::table, test.table())) {
+      addRefusal(test, Field::table, test.table());
     }
   }
 

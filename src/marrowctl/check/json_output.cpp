@@ -42,17 +42,17 @@ void writePaths(const Survey& survey, const SurveyedTest& test, std::size_t host
       json.value(path(pattern));
     }
   };
-  json.beginObject().member("host", survey.hosts[host]).member("iteration", iteration);
-  json.member("source", dataPath(test.source)).member("dest", dataPath(test.dest));
-  report("log", Field::log, test.log);
-  report("table", Field::table, test.table);
+  json.beginObject().member("host", survey.plan.hosts[host]).member("iteration", iteration);
+  json.member("source", dataPath(test.source())).member("dest", dataPath(test.dest()));
+  report("log", Field::log, test.log());
+  report("table", Field::table, test.table());
   json.endObject();
 }
 
 void writeAllPaths(const Survey& survey, const SurveyedTest& test, JsonWriter& json) {
-  const std::int32_t last = test.test().iterations - 1;
+  const std::int32_t last = test.test().lastIteration();
   json.key("paths").beginArray();
-  for (std::size_t host = 0; test.isRepeated() && host < survey.hosts.size(); ++host) {
+  for (std::size_t host = 0; test.isRepeated() && host < survey.plan.hosts.size(); ++host) {
     writePaths(survey, test, host, 0, json);
     if (last > 0) writePaths(survey, test, host, last, json);
   }
@@ -141,7 +141,8 @@ std::string checkJson(const Plan& plan, const Totals& totals,
   json.key("findings").beginArray();
   for (const Finding& finding : findings) writeFinding(finding, json);
   json.endArray().endObject();
-  return text + "\n";
+  text += '\n';
+  return text;
 }
 
 }  // namespace marrowbench::ctl

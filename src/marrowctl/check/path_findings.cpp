@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "marrowctl/check/finding_groups.h"
-#include "marrowctl/plan/expansion.h"
+#include "marrowctl/plan/client_paths.h"
 #include "marrowctl/support/suggestion.h"
 #include "support/fixed_string.h"
 
@@ -24,15 +24,15 @@ constexpr std::size_t kNoRoomForLock = 249;
 
 struct PathField {
   Field field;
-  PathPattern SurveyedTest::*pattern;
+  PathPattern PathPatterns::*pattern;
   std::string PlannedTest::*pathTemplate;
 };
 
 constexpr std::array<PathField, 4> kPaths = {{
-    {Field::source, &SurveyedTest::source, &PlannedTest::source},
-    {Field::dest, &SurveyedTest::dest, &PlannedTest::dest},
-    {Field::log, &SurveyedTest::log, &PlannedTest::log},
-    {Field::table, &SurveyedTest::table, &PlannedTest::table},
+    {Field::source, &PathPatterns::source, &PlannedTest::source},
+    {Field::dest, &PathPatterns::dest, &PlannedTest::dest},
+    {Field::log, &PathPatterns::log, &PlannedTest::log},
+    {Field::table, &PathPatterns::table, &PlannedTest::table},
 }};
 
 bool isWordCharacter(char c) {
@@ -100,14 +100,14 @@ std::set<std::size_t> lengthsOf(const Survey& survey, const SurveyedTest& test,
     return static_cast<std::size_t>(std::count(pattern.text.begin(), pattern.text.end(), mark));
   };
   constexpr std::size_t kDateLength = 10;
-  const std::size_t fixed = pattern.text.size() + count(PathPattern::kDate) * (kDateLength - 1);
-  const std::size_t hostMarks = count(PathPattern::kHost);
-  const std::size_t iterationMarks = count(PathPattern::kIteration);
-  const std::size_t digits = std::to_string(std::max(test.test().iterations - 1, 0)).size();
+  const std::size_t fixed = pattern.text.size() + count(kDateMark) * (kDateLength - 1);
+  const std::size_t hostMarks = count(kHostMark);
+  const std::size_t iterationMarks = count(kIterationMark);
+  const std::size_t digits = std::to_string(test.test().lastIteration()).size();
   std::set<std::size_t> nameLengths = {1};
   if (hostMarks > 0) {
     nameLengths.clear();
-    for (const std::string& host : survey.hosts) nameLengths.insert(host.size());
+    for (const std::string& host : survey.plan.hosts) nameLengths.insert(host.size());
   }
   std::set<std::size_t> lengths;
   for (const std::size_t name : nameLengths) {
@@ -126,15 +126,15 @@ bool fillsByChance(const SurveyedTest& test, const PathField& path) {
   const std::size_t plain = text.find_first_not_of("./[]", text.rfind(']') + 1);
   if (plain == std::string::npos) return false;
   text.erase(plain, 1);
-  const ExpandedPaths paths = expandPaths(*test.file, shorter, "-", 0);
-  const std::string* const expansions[] = {&paths.source, &paths.dest, &paths.log, &paths.table};
-  return expansions[indexOf(path.field) - indexOf(Field::source)]->size() < kCapacity;
+  const PathPattern& pattern = shorter.patterns.*path.pattern;
+  return ClientPaths("-").path(*test.file, shorter, pattern, 0).size() < kCapacity;
 }
 
 bool isCutExpansion(const SurveyedTest& test, const PathField& path,
                     const std::set<std::size_t>& lengths) {
   if (!lengths.empty() && *lengths.rbegin() > kCapacity) return true;
-  return (test.*path.pattern).text.size() >= kCapacity && !fillsByChance(test, path);
+  return (test.test().patterns.*path.pattern).text.size() >= kCapacity &&
+         !fillsByChance(test, path);
 }
 
 void addTooLong(const SurveyedTest& test, Field field, std::string message, FindingList& findings) {
@@ -165,7 +165,7 @@ void addLockName(const SurveyedTest& test, const std::set<std::size_t>& lengths,
 
 void addLengths(const Survey& survey, const SurveyedTest& test, FindingList& findings) {
   for (const PathField& path : kPaths) {
-    const PathPattern& pattern = test.*path.pattern;
+    const PathPattern& pattern = test.test().patterns.*path.pattern;
     if (pattern.isEmpty()) continue;
     const std::set<std::size_t> lengths = lengthsOf(survey, test, pattern);
     if (isCutTemplate(test.text(path.field), test.test().*path.pathTemplate)) {
@@ -196,7 +196,7 @@ void addCommas(const Survey& survey, const SurveyedTest& test, FindingList& find
   if (!test.hasTable() || !test.isRepeated()) return;
   for (const PathField& path : kPaths) {
     const bool isCell = path.field == Field::source || path.field == Field::dest;
-    const PathPattern& pattern = test.*path.pattern;
+    const PathPattern& pattern = test.test().patterns.*path.pattern;
     if (!isCell || pattern.isEmpty()) continue;
     if (survey.path(test, pattern, 0, 0).find(',') == std::string::npos) continue;
     findings.onField(

@@ -67,7 +67,7 @@ void addShortages(const Survey& survey, const Totals& totals, FindingList& findi
   for (const SurveyedTest& test : survey.tests) {
     if (needs.empty()) return;
     if (!test.writes()) continue;
-    const std::string path = survey.path(test, test.dest, 0, 0);
+    const std::string path = survey.path(test, test.dest(), 0, 0);
     const auto fileSystem = fileSystemOf(std::string(parentFolder(std::string_view(path)).view()));
     const auto need = fileSystem ? needs.find(fileSystem->device) : needs.end();
     if (need == needs.end()) continue;

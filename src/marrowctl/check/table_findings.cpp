@@ -32,10 +32,10 @@ class TableGroup {
     if (test.text(Field::log).empty()) {
       addNoLog(test);
     } else {
-      addSpecial(test, Field::log, test.log);
+      addSpecial(test, Field::log, test.log());
     }
     if (!test.hasTable()) return addNoTable(test);
-    addSpecial(test, Field::table, test.table);
+    addSpecial(test, Field::table, test.table());
     if (!test.isRepeated()) return;
     addAnonymous(test);
     addCrowd(test);
@@ -57,8 +57,8 @@ class TableGroup {
   }
 
   void addAnonymous(const SurveyedTest& test) {
-    const bool isNamed = test.source.has(PathPattern::kHost) || test.dest.has(PathPattern::kHost) ||
-                         test.table.has(PathPattern::kHost);
+    const bool isNamed =
+        test.source().has(kHostMark) || test.dest().has(kHostMark) || test.table().has(kHostMark);
     if (isNamed || !survey.plan.isForManyClients()) return;
     findings.onField(
         "anonymous-rows", test, Field::table,
@@ -68,8 +68,8 @@ class TableGroup {
   }
 
   void addCrowd(const SurveyedTest& test) {
-    if (test.table.has(PathPattern::kHost) || survey.plan.clients <= kMostInStep) return;
-    if (!crowded.insert(test.file->path + '\n' + test.table.text).second) return;
+    if (test.table().has(kHostMark) || survey.plan.clients <= kMostInStep) return;
+    if (!crowded.insert(test.file->path + '\n' + test.table().text).second) return;
     findings.onField(
         "crowded-lock", test, Field::table,
         {fmt::format("{} share this table: when more than {} finish in step, rows are lost "

@@ -22,8 +22,8 @@ class PathLines {
 
   void add(const SurveyedTest& test) {
     if (!test.isRepeated()) return;
-    const std::int32_t last = test.test().iterations - 1;
-    for (std::size_t host = 0; host < std::min(survey.hosts.size(), kShownHosts); ++host) {
+    const std::int32_t last = test.test().lastIteration();
+    for (std::size_t host = 0; host < std::min(survey.plan.hosts.size(), kShownHosts); ++host) {
       addMove(test, host, 0);
       if (last > 0) addMove(test, host, last);
     }
@@ -35,8 +35,8 @@ class PathLines {
  private:
   // The same files again are said once.
   void addMove(const SurveyedTest& test, std::size_t host, std::int32_t iteration) {
-    const std::string move = shownPath(survey.path(test, test.source, host, iteration)) + " -> " +
-                             shownPath(survey.path(test, test.dest, host, iteration));
+    const std::string move = shownPath(survey.path(test, test.source(), host, iteration)) + " -> " +
+                             shownPath(survey.path(test, test.dest(), host, iteration));
     const bool isFirst = host == 0 && iteration == 0;
     if (!isFirst && move == previousMove) return;
     previousMove = move;
@@ -46,16 +46,16 @@ class PathLines {
 
   [[nodiscard]] std::string place(std::size_t host, std::int32_t iteration) const {
     const std::string name =
-        survey.hosts.size() > 1 ? printable(survey.hosts[host]) + " " : std::string();
+        survey.plan.hosts.size() > 1 ? printable(survey.plan.hosts[host]) + " " : std::string();
     return toned(fmt::format("{}[iter] {}", name, iteration), Tone::faint, style);
   }
 
   // Most lines of a file share their log and table.
   void addReports(const SurveyedTest& test) {
     const bool hasLog = !test.text(Field::log).empty();
-    const std::string log = hasLog ? printable(survey.path(test, test.log, 0, 0)) : "none";
+    const std::string log = hasLog ? printable(survey.path(test, test.log(), 0, 0)) : "none";
     const std::string table =
-        test.hasTable() ? printable(survey.path(test, test.table, 0, 0)) : "none";
+        test.hasTable() ? printable(survey.path(test, test.table(), 0, 0)) : "none";
     const std::string reports = fmt::format("        log    {}\n        table  {}\n", log, table);
     if (reports != previousReports) text += reports;
     previousReports = reports;
@@ -75,8 +75,8 @@ std::string pathsText(const Survey& survey, const PlannedFile& file, const TextS
     if (test.file == &file) lines.add(test);
   }
   if (lines.text.empty()) return {};
-  if (survey.hosts.size() > kShownHosts) {
-    const auto more = static_cast<std::int64_t>(survey.hosts.size() - kShownHosts);
+  if (survey.plan.hosts.size() > kShownHosts) {
+    const auto more = static_cast<std::int64_t>(survey.plan.hosts.size() - kShownHosts);
     lines.text += fmt::format("        and so on for {}\n", shownCount(more, "more client"));
   }
   return "\n  first and last iteration\n" + lines.text;

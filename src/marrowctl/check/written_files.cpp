@@ -25,9 +25,9 @@ std::optional<std::int32_t> iterationOf(std::string_view digits) {
 
 std::optional<std::size_t> WrittenFiles::add(const SurveyedTest& test) {
   const std::int32_t iterations = test.test().iterations;
-  if (test.dest.has(PathPattern::kIteration)) hasNumberedNames = true;
+  if (test.dest().has(kIterationMark)) hasNumberedNames = true;
   const auto [family, isNew] =
-      families.try_emplace(test.dest.text, Family{{&test, Writer::kEveryHost, iterations}, {}});
+      families.try_emplace(test.dest().text, Family{{&test, Writer::kEveryHost, iterations}, {}});
   // The names of a pattern are entered once; a later test may have more iterations.
   if (isNew || iterations > family->second.writer.iterations) {
     family->second.writer.iterations = std::max(iterations, family->second.writer.iterations);
@@ -38,13 +38,13 @@ std::optional<std::size_t> WrittenFiles::add(const SurveyedTest& test) {
 }
 
 std::optional<std::size_t> WrittenFiles::addNames(const SurveyedTest& test) {
-  const bool isNamed = test.dest.has(PathPattern::kHost);
+  const bool isNamed = test.dest().has(kHostMark);
   std::optional<std::size_t> sharedHost;
   if (!isNamed && survey.plan.isForManyClients()) sharedHost = 0;
-  for (std::size_t i = 0; i < survey.hostsToAsk(test.dest); ++i) {
+  for (std::size_t i = 0; i < survey.hostsToAsk(test.dest()); ++i) {
     const std::size_t host = isNamed ? i : Writer::kEveryHost;
     const auto [place, isNew] =
-        names.try_emplace(isNamed ? survey.forHost(test.dest, i) : test.dest.text,
+        names.try_emplace(isNamed ? survey.forHost(test.dest(), i) : test.dest().text,
                           Writer{&test, host, test.test().iterations});
     if (isNew) continue;
     Writer& known = place->second;
@@ -60,16 +60,15 @@ std::optional<Writer> WrittenFiles::writerOf(const PathPattern& pattern, std::si
   const auto family = families.find(pattern.text);
   const bool isInFamily =
       family != families.end() &&
-      (iteration < family->second.writer.iterations || !pattern.has(PathPattern::kIteration));
+      (iteration < family->second.writer.iterations || !pattern.has(kIterationMark));
   if (isInFamily) {
     Writer writer = family->second.writer;
-    if (pattern.has(PathPattern::kHost)) writer.host = host;
+    if (pattern.has(kHostMark)) writer.host = host;
     return writer;
   }
   const std::string name = survey.forHost(pattern, host);
   if (auto writer = byName(name, iteration)) return writer;
-  const std::string literal =
-      replacedMark(name, PathPattern::kIteration, std::to_string(iteration));
+  const std::string literal = filledIn(name, {{}, std::to_string(iteration), {}});
   if (auto writer = byName(literal, iteration)) return writer;
   return hasNumberedNames ? byNumber(literal) : std::nullopt;
 }
@@ -77,7 +76,7 @@ std::optional<Writer> WrittenFiles::writerOf(const PathPattern& pattern, std::si
 std::optional<Writer> WrittenFiles::byName(const std::string& name, std::int32_t iteration) const {
   const auto writer = names.find(name);
   if (writer == names.end()) return std::nullopt;
-  const bool isNumbered = name.find(PathPattern::kIteration) != std::string::npos;
+  const bool isNumbered = name.find(kIterationMark) != std::string::npos;
   if (isNumbered && iteration >= writer->second.iterations) return std::nullopt;
   return writer->second;
 }
@@ -92,7 +91,7 @@ std::optional<Writer> WrittenFiles::byNumber(const std::string& name) const {
       const auto iteration = iterationOf(std::string_view(name).substr(begin, length));
       if (!iteration) continue;
       std::string numbered = name;
-      numbered.replace(begin, length, 1, PathPattern::kIteration);
+      numbered.replace(begin, length, 1, kIterationMark);
       if (auto writer = byName(numbered, *iteration)) return writer;
     }
   }

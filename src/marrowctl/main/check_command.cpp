@@ -67,10 +67,9 @@ std::optional<Outcome> preparePlan(const CheckCommand& command, PlanOptions& opt
   return std::nullopt;
 }
 
-std::string textOf(const CheckCommand& command, const Plan& plan,
+std::string textOf(const CheckCommand& command, const Plan& plan, const Totals& totals,
                    const std::vector<Finding>& findings, const TextStyle& style) {
   if (command.format == CheckFormat::gcc) return checkGcc(findings);
-  const Totals totals = totalsOf(plan);
   if (command.format == CheckFormat::json) return checkJson(plan, totals, findings);
   return command.isSummary ? checkSummary(totals, findings, style)
                            : checkText(plan, totals, findings, style);
@@ -87,8 +86,10 @@ Outcome runCheck(const CheckCommand& command) {
   if (plan.files.empty()) {
     return impossible("check", command.files.front() + ": no settings file is in this folder");
   }
-  const std::vector<Finding> findings = check(plan);
-  return {exitStatusOf(findings, command.isStrict), textOf(command, plan, findings, style), ""};
+  const Totals totals = totalsOf(plan);
+  const std::vector<Finding> findings = check(plan, totals);
+  return {exitStatusOf(findings, command.isStrict), textOf(command, plan, totals, findings, style),
+          ""};
 }
 
 }  // namespace marrowbench::ctl

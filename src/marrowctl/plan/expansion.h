@@ -13,18 +13,12 @@ struct ExpandedPaths {
   std::string source, dest, log, table;
 };
 
-/// The paths as the program will use them: source and dest are expanded twice, as it does. "[date]"
-/// is that of now, "[temp]" this machine's.
+/// The paths as ClientPaths tells them.
 ///
 /// @param host       name of the client, cut at its first "." as the program does
 /// @param iteration  from 0
 [[nodiscard]] ExpandedPaths expandPaths(const PlannedFile& file, const PlannedTest& test,
                                         const std::string& host, std::int32_t iteration);
-
-/// The paths of all iterations of a test on a client: the number of the iteration is left out, and
-/// kIterationMark stands in its place.
-[[nodiscard]] ExpandedPaths expandFamilies(const PlannedFile& file, const PlannedTest& test,
-                                           const std::string& host);
 
 /// Where the client leaves its done marker for the file.
 [[nodiscard]] std::string markerOf(const PlannedFile& file, const std::string& host);

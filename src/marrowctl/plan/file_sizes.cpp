@@ -1,5 +1,7 @@
 #include "marrowctl/plan/file_sizes.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <charconv>
 #include <string_view>
@@ -82,7 +84,7 @@ std::vector<SizedFiles> FileSizes::sizesOf(const std::string& path, std::int64_t
   }
   std::int64_t next = countOf(files);
   for (std::int64_t looked = 0; next < iterations && looked < kLookedAt; ++looked, ++next) {
-    const std::int64_t size = sizeOf(filledIn(path, {}, std::to_string(next)));
+    const std::int64_t size = sizeOf(filledIn(path, {{}, std::to_string(next), {}}));
     if (size == kUnknownSize) {
       append(files, iterations - next, kUnknownSize);
       return files;
@@ -121,10 +123,21 @@ std::optional<std::int64_t> FileSizes::memberSize(const std::string& path) const
 }
 
 std::int64_t FileSizes::sizeHere(const std::string& path) {
+  if (!isFolderHere(path)) return kUnknownSize;
   const auto [known, isNew] = found.try_emplace(path, kUnknownSize);
   if (!isNew) return known->second;
   std::int64_t size = 0;
   if (fileStatus(path.c_str(), nullptr, &size)) known->second = size;
+  return known->second;
+}
+
+// Clients mostly have folders of their own, which the first test makes: one look for all files.
+bool FileSizes::isFolderHere(std::string_view path) {
+  const std::size_t slash = path.rfind('/');
+  if (slash == std::string_view::npos) return true;
+  const auto [known, isNew] = folders.try_emplace(std::string(path.substr(0, slash + 1)), false);
+  struct stat status {};
+  if (isNew) known->second = stat(known->first.c_str(), &status) == 0;
   return known->second;
 }
 

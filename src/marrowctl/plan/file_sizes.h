@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -48,10 +49,12 @@ class FileSizes {
  private:
   [[nodiscard]] std::int64_t sizeOf(const std::string& path);
   [[nodiscard]] std::optional<std::int64_t> memberSize(const std::string& path) const;
+  [[nodiscard]] bool isFolderHere(std::string_view path);
 
   std::unordered_map<std::string, FileFamily> written;
   std::unordered_map<std::string, std::int64_t> found;
-  bool hasMarks = false;  // of a path that is written
+  std::unordered_map<std::string, bool> folders;  // of files that were looked for: it exists
+  bool hasMarks = false;                          // of a path that is written
 };
 
 }  // namespace marrowbench::ctl

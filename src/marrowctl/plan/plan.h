@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "marrowctl/plan/path_pattern.h"
 #include "settings/settings_lines.h"
 #include "settings/test_config.h"
 
@@ -19,11 +20,6 @@ struct PlannedField {
   std::string text;        ///< trimmed; ";" for an empty field that a ";" follows
   int column = 1;          ///< of its first byte in the line, from 1
   bool isOmitted = false;  ///< nothing stands between two separators
-};
-
-/// Paths that are expanded but for the host and the iteration. "[date]" is that of the planning.
-struct PathPatterns {
-  std::string source, dest, log, table;
 };
 
 /// A test line after validation.
@@ -39,9 +35,10 @@ struct PlannedTest {
   bool markDone = false;
   /// The path templates, resolved against the settings file's folder; empty source or dest: memory.
   std::string source, dest, log, table;
-  /// The same as far as they are the same for all hosts and iterations: for expandPaths(), which
-  /// takes a template where its pattern is empty.
-  PathPatterns patterns;
+  PathPatterns patterns;  ///< of the templates, for ClientPaths
+
+  /// 0 also for a test that is never run: a settings file may ask for any number of iterations.
+  [[nodiscard]] std::int32_t lastIteration() const { return iterations > 0 ? iterations - 1 : 0; }
 };
 
 /// A line that is neither blank nor a comment.
@@ -71,6 +68,7 @@ struct PlannedFile {
   std::string path;    ///< as it was named, or as a chain line gives it
   bool exists = true;  ///< false: clients wait for it
   std::int32_t settingsFileNumber = 0;
+  std::string date;  ///< of the planning: what "[date]" is in paths that are made of patterns
   bool hasByteOrderMark = false;
   std::vector<AllowComment> allows;
   std::vector<PlannedLine> lines;  ///< up to and with the chain line
@@ -83,7 +81,7 @@ struct PlannedFile {
 /// The files in the order in which they are run, and for whom.
 struct Plan {
   std::vector<PlannedFile> files;
-  std::vector<std::string> hosts;  ///< named clients, at least one
+  std::vector<std::string> hosts;  ///< named clients, as the program calls them; at least one
   std::int64_t clients = 1;        ///< of the fleet; at least as many as there are hosts
   [[nodiscard]] bool isForManyClients() const { return clients > 1; }
 };

@@ -5,13 +5,15 @@
 #include <string_view>
 #include <utility>
 
-#include "marrowctl/plan/expansion.h"
-#include "marrowctl/plan/path_pattern.h"
+#include "marrowctl/plan/client_paths.h"
+#include "marrowctl/plan/pattern_maker.h"
 #include "marrowctl/plan/template_expander.h"
 #include "settings/raw_line.h"
 #include "settings/settings_fields.h"
 #include "settings/settings_lines.h"
+#include "support/clock.h"
 #include "support/line_string.h"
+#include "support/time_stamps.h"
 
 namespace marrowbench::ctl {
 namespace {
@@ -73,8 +75,9 @@ PlannedTest testOf(const TestConfig& record, const ParameterBlock& asWritten) {
 }
 
 TestType typeOn(const std::string& host, const PlannedFile& file, const PlannedTest& test) {
-  const ExpandedPaths paths = expandPaths(file, test, host, 0);
-  return testTypeOf(paths.source.c_str(), paths.dest.c_str());
+  const ClientPaths paths(host);
+  return testTypeOf(paths.path(file, test, test.patterns.source, 0).c_str(),
+                    paths.path(file, test, test.patterns.dest, 0).c_str());
 }
 
 bool isNothing(const RawLine& line, const FixedString& path) {
@@ -96,7 +99,7 @@ RawLine lineOn(const std::string& host, RawLine line) {
 // One file on its way from the stream into the plan.
 class FileReading {
  public:
-  FileReading(const std::string& path, const std::string& firstHost,
+  FileReading(const std::string& path, const std::string& firstHost, const std::string& date,
               std::vector<TestConfig>& records)
       : host(firstHost),
         table(records),
@@ -104,6 +107,7 @@ class FileReading {
         patterns(path, settingsFileNumberOf(corePath)) {
     file.path = path;
     file.settingsFileNumber = settingsFileNumberOf(corePath);
+    file.date = date;
   }
 
   void take(const RawLine& raw, int number) {
@@ -177,7 +181,7 @@ class FileReading {
 }  // namespace
 
 SettingsReader::SettingsReader(std::string firstHost)
-    : host(std::move(firstHost)), table(kMaxTestLines) {}
+    : host(std::move(firstHost)), date(fileStamp(currentSeconds()).view()), table(kMaxTestLines) {}
 
 void SettingsReader::startRun() {
   std::fill_n(table.begin(), touched, TestConfig{});
@@ -185,7 +189,7 @@ void SettingsReader::startRun() {
 }
 
 PlannedFile SettingsReader::read(const std::string& path, std::istream& input) {
-  FileReading reading(path, host, table);
+  FileReading reading(path, host, date, table);
   RawLine line;
   for (int number = 1; readRawLine(input, line); ++number) reading.take(line, number);
   touched = std::max(touched, reading.recordsUsed());

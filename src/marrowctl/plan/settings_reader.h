@@ -32,6 +32,7 @@ class SettingsReader {
 
  private:
   std::string host;
+  std::string date;
   std::vector<TestConfig> table;
   std::size_t touched = 0;  // records that are no longer fresh
 };

@@ -18,6 +18,8 @@ TemplateExpander::TemplateExpander(const std::string& settingsPath, std::int32_t
 FixedString TemplateExpander::once(std::string_view pathTemplate, const FixedString& host,
                                    std::int32_t configIndex, std::int32_t iteration) const {
   FixedString path = pathTemplate;
+  // Without a placeholder there is no need for the host's name, the date and the environment.
+  if (pathTemplate.find('[') == std::string_view::npos) return normalisePath(path);
   // First, as the program does, which would put in the name of this machine.
   path.replaceAll("[host]", host);
   // A path of one character is its own folder.

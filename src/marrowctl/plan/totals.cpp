@@ -6,9 +6,9 @@
 #include <utility>
 
 #include "fileaccess/run_stats.h"
+#include "marrowctl/plan/client_paths.h"
 #include "marrowctl/plan/expansion.h"
 #include "marrowctl/plan/file_sizes.h"
-#include "marrowctl/plan/path_pattern.h"
 #include "paths/path_text.h"
 
 namespace marrowbench::ctl {
@@ -55,7 +55,10 @@ bool leavesMarker(const PlannedFile& file) {
 
 class Count {
  public:
-  explicit Count(const Plan& countedPlan) : plan(countedPlan), pauseMs(plan.hosts.size()) {}
+  explicit Count(const Plan& countedPlan)
+      : plan(countedPlan),
+        clients(plan.hosts.begin(), plan.hosts.end()),
+        pauseMs(plan.hosts.size()) {}
 
   Totals totals() {
     sums.clients = plan.clients;
@@ -85,22 +88,23 @@ class Count {
   // All clients run the line at the same time: none of them finds what another writes by it.
   void countTest(const PlannedFile& file, const PlannedTest& test) {
     std::vector<std::pair<std::string, std::vector<SizedFiles>>> destinations;
-    for (std::size_t host = 0; host < plan.hosts.size(); ++host) {
-      ExpandedPaths paths = expandFamilies(file, test, plan.hosts[host]);
-      std::vector<SizedFiles> files = filesOf(test, paths);
+    for (std::size_t host = 0; host < clients.size(); ++host) {
+      std::vector<SizedFiles> files = filesOf(file, test, clients[host]);
       for (const SizedFiles& part : files) countFiles(test, part, host);
-      destinations.emplace_back(std::move(paths.dest), std::move(files));
+      if (test.type == TestType::read) continue;
+      destinations.emplace_back(clients[host].family(file, test, test.patterns.dest),
+                                std::move(files));
     }
-    if (test.type == TestType::read) return;
     const bool isPerHost = holds(test.dest, "[host]");
     for (const auto& [path, files] : destinations) sizes.write(path, files, isPerHost);
   }
 
-  std::vector<SizedFiles> filesOf(const PlannedTest& test, const ExpandedPaths& paths) {
+  std::vector<SizedFiles> filesOf(const PlannedFile& file, const PlannedTest& test,
+                                  const ClientPaths& client) {
     if (test.type == TestType::write) {
       return {{test.iterations, std::max(test.used.fileSize, 0)}};
     }
-    return sizes.sizesOf(paths.source, test.iterations);
+    return sizes.sizesOf(client.family(file, test, test.patterns.source), test.iterations);
   }
 
   void countFiles(const PlannedTest& test, const SizedFiles& files, std::size_t host) {
@@ -126,7 +130,7 @@ class Count {
       if (files.size != kUnknownSize) add(bytes, product(files.size, files.count));
     }
     add(sums.filesLeft, family.isPerHost ? forTheFleet(count) : count);
-    const std::string first = filledIn(path, {}, "0");
+    const std::string first = filledIn(path, {{}, "0", {}});
     if (sizes.sizeHere(first) != kUnknownSize) return;
     const std::string folder(parentFolder(first.c_str()));
     add(sums.spaceByFolder[folder], family.isPerHost ? forTheFleet(bytes) : bytes);
@@ -140,7 +144,8 @@ class Count {
   }
 
   const Plan& plan;
-  std::vector<std::int64_t> pauseMs;  // of each host
+  const std::vector<ClientPaths> clients;  // the named ones
+  std::vector<std::int64_t> pauseMs;       // of each host
   FileSizes sizes;
   Totals sums;
   int testIndex = 0;

@@ -1,5 +1,6 @@
 #include "marrowctl/support/json_writer.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "marrowctl/support/utf8.h"
@@ -9,6 +10,8 @@ namespace {
 
 // Deeper brackets stay on their line: lines and findings are to be found by eye as well.
 constexpr std::size_t kIndentedLevels = 4;
+
+bool isPlain(char byte) { return byte >= ' ' && byte <= '~' && byte != '"' && byte != '\\'; }
 
 void appendEscaped(std::string& out, char byte) {
   switch (byte) {
@@ -90,7 +93,13 @@ void JsonWriter::breakLine() {
 
 void JsonWriter::quote(std::string_view text) {
   out += '"';
-  for (const char byte : repairedUtf8(text)) appendEscaped(out, byte);
+  // Nearly all texts are plain to their end.
+  const auto odd = std::find_if_not(text.begin(), text.end(), isPlain);
+  out.append(text.begin(), odd);
+  if (odd != text.end()) {
+    text.remove_prefix(static_cast<std::size_t>(odd - text.begin()));
+    for (const char byte : repairedUtf8(text)) appendEscaped(out, byte);
+  }
   out += '"';
 }
 

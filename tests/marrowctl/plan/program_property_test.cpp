@@ -191,7 +191,7 @@ void compare(const PlannedFile& file, Random& random, std::vector<TestConfig>& t
     for (const std::int32_t iteration : {0, 12}) {
       expectSamePaths(file, line.test, record, random.oneOf(kHosts), iteration);
     }
-    ++(line.test.patterns.dest.empty() ? sum.inFull : sum.fromPattern);
+    ++(line.test.patterns.dest.isExact ? sum.fromPattern : sum.inFull);
   }
   EXPECT_EQ(count, loaded.count);
   sum.tests += count;
