@@ -22,10 +22,11 @@ std::string filledIn(std::string_view text, const MarkValues& values) {
     result.append(text.begin(), mark);
     if (mark == text.end()) break;
     const std::string_view value = valueOf(*mark, values);
-    if (value.empty())
+    if (value.empty()) {
       result += *mark;
-    else
+    } else {
       result += value;
+    }
     text.remove_prefix(static_cast<std::size_t>(mark - text.begin()) + 1);
   }
   return result;
