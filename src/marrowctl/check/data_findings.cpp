@@ -1,33 +1,20 @@
 #include <fmt/format.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <string>
-#include <unordered_map>
+#include <string_view>
 #include <vector>
 
 #include "marrowctl/check/finding_groups.h"
 #include "marrowctl/check/same_file.h"
 #include "marrowctl/check/written_files.h"
+#include "marrowctl/plan/files_here.h"
 
 namespace marrowbench::ctl {
 namespace {
 
 // With this many iterations looked at, one more tells nothing.
 constexpr std::int32_t kMostLooks = 100;
-
-class FilesHere {
- public:
-  bool exists(const std::string& path) {
-    const auto [place, isNew] = known.try_emplace(path, false);
-    struct stat status {};
-    if (isNew) place->second = stat(path.c_str(), &status) == 0;
-    return place->second;
-  }
-
- private:
-  std::unordered_map<std::string, bool> known;
-};
 
 // The first iterations and the last one; one where all have the same name.
 std::vector<std::int32_t> looksAt(const SurveyedTest& test, const PathPattern& pattern) {
@@ -37,6 +24,16 @@ std::vector<std::int32_t> looksAt(const SurveyedTest& test, const PathPattern& p
   for (std::int32_t i = 0; i <= std::min(last, kMostLooks); ++i) looks.push_back(i);
   if (last > kMostLooks) looks.push_back(last);
   return looks;
+}
+
+// Two texts of which the marks get the same values: false where the first or the last characters in
+// which they differ are none of these.
+bool mayBeAlike(std::string_view a, std::string_view b) {
+  const auto [front, otherFront] = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
+  if (front == a.end() || otherFront == b.end()) return true;
+  const auto [back, otherBack] = std::mismatch(a.rbegin(), a.rend(), b.rbegin(), b.rend());
+  if (back == a.rend() || otherBack == b.rend()) return true;
+  return (isMark(*front) || isMark(*otherFront)) && (isMark(*back) || isMark(*otherBack));
 }
 
 class DataGroup {
@@ -61,8 +58,9 @@ class DataGroup {
   void addSource(const SurveyedTest& test) {
     bool isOwn = false;
     for (std::size_t host = 0; host < survey.hostsToAsk(test.source()); ++host) {
+      const auto sought = written.seek(test.source(), host, test.test().iterations);
       for (const std::int32_t iteration : looksAt(test, test.source())) {
-        const auto writer = written.writerOf(test.source(), host, iteration);
+        const auto writer = written.writerOf(sought, iteration);
         // The date is that of the moment: a name with it is never found again.
         const bool isWritten = writer && !test.source().has(kDateMark);
         if (!isWritten && isMissing(test, host, iteration)) return;
@@ -99,14 +97,18 @@ class DataGroup {
   }
 
   void addSelfCopy(const SurveyedTest& test) {
-    const bool isPerHost = test.source().has(kHostMark) || test.dest().has(kHostMark);
-    const std::int32_t looks = std::min(test.test().iterations, kMostLooks);
-    if (test.source().text == test.dest().text) return addSelfCopy(test, 0, false);
-    const bool isNumbered = test.source().has(kIterationMark) || test.dest().has(kIterationMark);
+    const PathPattern& from = test.source();
+    const PathPattern& to = test.dest();
+    if (from.text == to.text) return addSelfCopy(test, 0, false);
+    const bool isPerHost = from.has(kHostMark) || to.has(kHostMark);
+    const bool isNumbered = from.has(kIterationMark) || to.has(kIterationMark);
+    const std::int32_t looks = isNumbered && mayBeAlike(from.text, to.text)
+                                   ? std::min(test.test().iterations, kMostLooks)
+                                   : 1;
     for (std::size_t host = 0; host < (isPerHost ? survey.plan.hosts.size() : 1); ++host) {
-      for (std::int32_t i = 0; i < (isNumbered ? looks : 1); ++i) {
-        const std::string source = survey.path(test, test.source(), host, i);
-        const std::string dest = survey.path(test, test.dest(), host, i);
+      for (std::int32_t i = 0; i < looks; ++i) {
+        const std::string source = survey.path(test, from, host, i);
+        const std::string dest = survey.path(test, to, host, i);
         if (source == dest) return addSelfCopy(test, host, false);
         if (i == 0 && sameFile.isSame(source, dest)) return addSelfCopy(test, host, true);
       }
@@ -132,8 +134,9 @@ class DataGroup {
                                : "every iteration writes it");
     }
     for (std::size_t host = 0; host < survey.hostsToAsk(test.dest()); ++host) {
+      const auto sought = written.seek(test.dest(), host, test.test().iterations);
       for (const std::int32_t iteration : looksAt(test, test.dest())) {
-        const std::string reason = reasonToExist(test, host, iteration);
+        const std::string reason = reasonToExist(test, sought, host, iteration);
         if (reason.empty()) continue;
         reasons.push_back(reason);
         return reasons;
@@ -142,8 +145,9 @@ class DataGroup {
     return reasons;
   }
 
-  std::string reasonToExist(const SurveyedTest& test, std::size_t host, std::int32_t iteration) {
-    if (const auto writer = written.writerOf(test.dest(), host, iteration)) {
+  std::string reasonToExist(const SurveyedTest& test, const WrittenFiles::Sought& sought,
+                            std::size_t host, std::int32_t iteration) {
+    if (const auto writer = written.writerOf(sought, iteration)) {
       return fmt::format("line {}{} writes it before", writer->test->line->number,
                          writer->test->file == test.file
                              ? ""

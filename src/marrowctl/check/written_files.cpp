@@ -46,7 +46,10 @@ std::optional<std::size_t> WrittenFiles::addNames(const SurveyedTest& test) {
     const auto [place, isNew] =
         names.try_emplace(isNamed ? survey.forHost(test.dest(), i) : test.dest().text,
                           Writer{&test, host, test.test().iterations});
-    if (isNew) continue;
+    if (isNew) {
+      unlike.push_back(&place->first);
+      continue;
+    }
     Writer& known = place->second;
     known.iterations = std::max(known.iterations, test.test().iterations);
     const bool isOthers = known.host != host && survey.plan.isForManyClients();
@@ -55,20 +58,36 @@ std::optional<std::size_t> WrittenFiles::addNames(const SurveyedTest& test) {
   return sharedHost;
 }
 
-std::optional<Writer> WrittenFiles::writerOf(const PathPattern& pattern, std::size_t host,
-                                             std::int32_t iteration) const {
-  const auto family = families.find(pattern.text);
-  const bool isInFamily =
-      family != families.end() &&
-      (iteration < family->second.writer.iterations || !pattern.has(kIterationMark));
-  if (isInFamily) {
-    Writer writer = family->second.writer;
-    if (pattern.has(kHostMark)) writer.host = host;
-    return writer;
+WrittenFiles::Sought WrittenFiles::seek(const PathPattern& pattern, std::size_t host,
+                                        std::int32_t iterations) {
+  Sought sought;
+  sought.isNumbered = pattern.has(kIterationMark);
+  if (const auto family = families.find(pattern.text); family != families.end()) {
+    sought.family = family->second.writer;
+    if (pattern.has(kHostMark)) sought.family->host = host;
+    if (!sought.isNumbered || iterations <= sought.family->iterations) return sought;
   }
-  const std::string name = survey.forHost(pattern, host);
-  if (auto writer = byName(name, iteration)) return writer;
-  const std::string literal = filledIn(name, {{}, std::to_string(iteration), {}});
+  sought.name = survey.forHost(pattern, host);
+  if (const auto named = names.find(sought.name); named != names.end()) {
+    sought.named = named->second;
+  }
+  sought.mayBeOthers = sought.isNumbered ? mayMeet(sought.name) : hasNumberedNames;
+  return sought;
+}
+
+// Most names are never asked for by others.
+bool WrittenFiles::mayMeet(const std::string& name) {
+  for (const std::string* const written : unlike) lookalikes.add(*written);
+  unlike.clear();
+  return lookalikes.mayMeet(name);
+}
+
+std::optional<Writer> WrittenFiles::writerOf(const Sought& sought, std::int32_t iteration) const {
+  for (const auto& writer : {sought.family, sought.named}) {
+    if (writer && (!sought.isNumbered || iteration < writer->iterations)) return writer;
+  }
+  if (!sought.mayBeOthers) return std::nullopt;
+  const std::string literal = filledIn(sought.name, {{}, std::to_string(iteration), {}});
   if (auto writer = byName(literal, iteration)) return writer;
   return hasNumberedNames ? byNumber(literal) : std::nullopt;
 }

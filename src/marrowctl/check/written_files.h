@@ -6,7 +6,9 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
+#include "marrowctl/check/lookalikes.h"
 #include "marrowctl/check/survey.h"
 
 namespace marrowbench::ctl {
@@ -32,12 +34,22 @@ class WrittenFiles {
   ///         has its own
   std::optional<std::size_t> add(const SurveyedTest& test);
 
+  /// Files that a client looks for, one in each iteration, and what is known of all of them.
+  struct Sought {
+    bool isNumbered = false;       ///< they have different names
+    std::optional<Writer> family;  ///< who writes them by the same pattern
+    std::optional<Writer> named;   ///< who writes them by the same name, with the same mark in it
+    std::string name;              ///< where the family does not have all of them
+    bool mayBeOthers = false;      ///< some may be written by other names
+  };
+
+  /// @param pattern     of the files that are looked for
+  /// @param host        the named client that looks for them
+  /// @param iterations  how many it looks for
+  [[nodiscard]] Sought seek(const PathPattern& pattern, std::size_t host, std::int32_t iterations);
+
   /// The test that writes the file of an iteration, nothing when none does.
-  ///
-  /// @param pattern    of the file that is looked for
-  /// @param host       the named client that looks for it
-  [[nodiscard]] std::optional<Writer> writerOf(const PathPattern& pattern, std::size_t host,
-                                               std::int32_t iteration) const;
+  [[nodiscard]] std::optional<Writer> writerOf(const Sought& sought, std::int32_t iteration) const;
 
  private:
   struct Family {
@@ -46,6 +58,7 @@ class WrittenFiles {
   };
 
   std::optional<std::size_t> addNames(const SurveyedTest& test);
+  [[nodiscard]] bool mayMeet(const std::string& name);
   [[nodiscard]] std::optional<Writer> byName(const std::string& name, std::int32_t iteration) const;
   [[nodiscard]] std::optional<Writer> byNumber(const std::string& name) const;
 
@@ -53,6 +66,8 @@ class WrittenFiles {
   std::unordered_map<std::string, Family> families;  // by pattern
   std::unordered_map<std::string, Writer> names;     // by pattern with the client's name filled in
   bool hasNumberedNames = false;
+  Lookalikes lookalikes;
+  std::vector<const std::string*> unlike;  // names that are not among the lookalikes yet
 };
 
 }  // namespace marrowbench::ctl

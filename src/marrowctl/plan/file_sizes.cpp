@@ -1,13 +1,10 @@
 #include "marrowctl/plan/file_sizes.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <charconv>
 #include <string_view>
 
 #include "marrowctl/plan/path_pattern.h"
-#include "support/file_status.h"
 
 namespace marrowbench::ctl {
 namespace {
@@ -120,25 +117,6 @@ std::optional<std::int64_t> FileSizes::memberSize(const std::string& path) const
     i += digits;
   }
   return std::nullopt;
-}
-
-std::int64_t FileSizes::sizeHere(const std::string& path) {
-  if (!isFolderHere(path)) return kUnknownSize;
-  const auto [known, isNew] = found.try_emplace(path, kUnknownSize);
-  if (!isNew) return known->second;
-  std::int64_t size = 0;
-  if (fileStatus(path.c_str(), nullptr, &size)) known->second = size;
-  return known->second;
-}
-
-// Clients mostly have folders of their own, which the first test makes: one look for all files.
-bool FileSizes::isFolderHere(std::string_view path) {
-  const std::size_t slash = path.rfind('/');
-  if (slash == std::string_view::npos) return true;
-  const auto [known, isNew] = folders.try_emplace(std::string(path.substr(0, slash + 1)), false);
-  struct stat status {};
-  if (isNew) known->second = stat(known->first.c_str(), &status) == 0;
-  return known->second;
 }
 
 }  // namespace marrowbench::ctl

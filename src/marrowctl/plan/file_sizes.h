@@ -4,9 +4,10 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <unordered_map>
 #include <vector>
+
+#include "marrowctl/plan/files_here.h"
 
 namespace marrowbench::ctl {
 
@@ -44,17 +45,17 @@ class FileSizes {
   }
 
   /// Size of a file that exists here, else kUnknownSize.
-  [[nodiscard]] std::int64_t sizeHere(const std::string& path);
+  [[nodiscard]] std::int64_t sizeHere(const std::string& path) {
+    return here.sizeOf(path).value_or(kUnknownSize);
+  }
 
  private:
   [[nodiscard]] std::int64_t sizeOf(const std::string& path);
   [[nodiscard]] std::optional<std::int64_t> memberSize(const std::string& path) const;
-  [[nodiscard]] bool isFolderHere(std::string_view path);
 
   std::unordered_map<std::string, FileFamily> written;
-  std::unordered_map<std::string, std::int64_t> found;
-  std::unordered_map<std::string, bool> folders;  // of files that were looked for: it exists
-  bool hasMarks = false;                          // of a path that is written
+  FilesHere here;
+  bool hasMarks = false;  // of a path that is written
 };
 
 }  // namespace marrowbench::ctl

@@ -100,6 +100,27 @@ const std::vector<Case>& cases() {
       {"exists-already", writing("ansic;0;0;0;4;0;4;1;0", "^old.bin"),
        writing("posix;0;0;0;4;0;4;1;0", "old.bin"), "dest", E,
        [](SettingsFolder& s) { s.write("old.bin", "x"); }},
+      {"exists-already",
+       writing("posix;0;0;0;4;0;4;1;0", "d_3.bin") +
+           writing("ansic;0;0;0;4;0;4;4;0", "^d_[iter].bin"),
+       writing("posix;0;0;0;4;0;4;1;0", "d_3.bin") +
+           writing("ansic;0;0;0;4;0;4;3;0", "d_[iter].bin"),
+       "dest", E},
+      {"exists-already",
+       writing("posix;0;0;0;4;0;4;2;0", "d_[iter]_7.bin") +
+           writing("ansic;0;0;0;4;0;4;9;0", "^d_1_[iter].bin"),
+       writing("posix;0;0;0;4;0;4;2;0", "d_[iter]_7.bin") +
+           writing("ansic;0;0;0;4;0;4;9;0", "d_2_[iter].bin"),
+       "dest", E},
+      {"exists-already",
+       writing("posix;0;0;0;4;0;4;9;0", "d_pc2_[iter].bin") +
+           writing("ansic;0;0;0;4;0;4;1;0", "^d_[host]_[iter].bin"),
+       writing("posix;0;0;0;4;0;4;9;0", "d_pc3_[iter].bin") +
+           writing("ansic;0;0;0;4;0;4;1;0", "d_[host]_[iter].bin"),
+       "dest", E, kTwo},
+      {"exists-already", writing("ansic;0;0;0;4;0;4;1;0", "^sub"),
+       writing("ansic;0;0;0;4;0;4;1;0", "sub/d.bin"), "dest", E,
+       [](SettingsFolder& s) { mkdir(s.path("sub").c_str(), 0777); }},
       {"whole-copy-refused", "posix;0;0;0;^-1;0;0;1;0;s.bin;d.bin;l;r.csv\n",
        "stream;0;0;0;-1;0;0;1;0;s.bin;d.bin;l;r.csv\n", "chunkBytes", E},
       {"whole-copy-refused", "ansic;0;0;0;^2097152;0;0;1;0;s.bin;d.bin;l;r.csv\n",
@@ -109,6 +130,10 @@ const std::vector<Case>& cases() {
        [](SettingsFolder& s) { s.write("s.bin", "x"); }},
       {"copies-onto-itself", "posix;0;0;0;4;0;0;1;0;s_[host].bin;^s_pc2.bin;l;r.csv\n",
        "posix;0;0;0;4;0;0;1;0;s_[host].bin;s_pc3.bin;l;r.csv\n", "dest", E, kTwo},
+      {"copies-onto-itself", "posix;0;0;0;4;0;0;4;0;s_[iter].bin;^s_3.bin;l;r.csv\n",
+       "posix;0;0;0;4;0;0;3;0;s_[iter].bin;s_3.bin;l;r.csv\n", "dest", E},
+      {"copies-onto-itself", "posix;0;0;0;4;0;0;4;0;[host]3.bin;^pc2[iter].bin;l;r.csv\n",
+       "posix;0;0;0;4;0;0;3;0;[host]3.bin;pc2[iter].bin;l;r.csv\n", "dest", E, kTwo},
       {"copies-onto-itself", "posix;0;0;0;4;0;0;1;0;s.bin;^link/s.bin;l;r.csv\n",
        "posix;0;0;0;4;0;0;1;0;s.bin;link/t.bin;l;r.csv\n", "dest", E,
        [](SettingsFolder& s) { EXPECT_EQ(symlink(".", s.path("link").c_str()), 0); }},
@@ -183,6 +208,14 @@ const std::vector<Case>& cases() {
            "posix;0;0;0;4;0;0;1;0;^d_[date];MEMORY;l;r.csv\n",
        "posix;0;0;0;4;0;0;1;0;s.bin;MEMORY;l;r.csv\n", "source", W,
        [](SettingsFolder& s) { s.write("s.bin", "x"); }},
+      {"source-missing",
+       writing("posix;0;0;0;4;0;4;3;0", "d_pc1_[iter]") +
+           writing("posix;0;0;0;4;0;4;1;0", "d_[host]_[iter]") +
+           "posix;0;0;0;4;0;0;4;0;^d_[host]_[iter];MEMORY;l;r.csv\n",
+       writing("posix;0;0;0;4;0;4;3;0", "d_pc1_[iter]") +
+           writing("posix;0;0;0;4;0;4;1;0", "d_[host]_[iter]") +
+           "posix;0;0;0;4;0;0;3;0;d_[host]_[iter];MEMORY;l;r.csv\n",
+       "source", W},
       {"reads-own-write", kWrite + "posix;0;0;0;4;0;0;1;0;^d_[host].bin;MEMORY;l;r.csv\n",
        "posix;0;0;0;4;0;0;1;0;d_[host].bin;MEMORY;l;r.csv\n" + kWrite, "source", N},
       {"reads-own-write", kWrite + "posix;0;0;0;4;0;0;1;0;^d_pc2.bin;MEMORY;l;r.csv\n",
