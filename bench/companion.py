@@ -19,20 +19,22 @@ def processor_seconds(*command):
     return used.ru_utime + used.ru_stime
 
 
-def settings_line(folder, number):
+def settings_line(folder, number, methods):
     """Each client writes files of its own, by methods and chunks in turns."""
-    method = ("posix", "stream")[number % 2]
-    return (f"{method};0;0;0;{4 << number % 9};-1;{1 << number % 20};3;0;MEMORY;"
+    method = methods[number % len(methods)]
+    # AnsiC overwrites nothing: each of its names may be taken.
+    iterations = 100 if method == "ansic" else 3
+    return (f"{method};0;0;0;{4 << number % 9};-1;{1 << number % 20};{iterations};0;MEMORY;"
             f"{folder}/data_[host]/write_{number}_[iter].bin;{folder}/log_[host].txt;"
             f"{folder}/results_[host].csv;{'true' if number % TESTS_OF_A_FILE == 0 else 'false'}\n")
 
 
-def write_chain(folder, tests):
+def write_chain(folder, tests, methods=("posix", "stream")):
     """Settings files with so many tests in all, each with a chain line to the next; the first one."""
     paths = [folder / f"chain_{start}.bst" for start in range(0, tests, TESTS_OF_A_FILE)]
     for index, path in enumerate(paths):
         first = index * TESTS_OF_A_FILE
-        lines = [settings_line(folder, number)
+        lines = [settings_line(folder, number, methods)
                  for number in range(first, min(first + TESTS_OF_A_FILE, tests))]
         if path != paths[-1]:
             lines.append(f"[cfgPath]{paths[index + 1].name}\n")
@@ -60,11 +62,15 @@ def companion_check(bench):
     if not program.exists():
         return [Figure("marrowctl check", at_most(0.8, "s"), skipped="marrowctl is not built")]
     figures = []
-    for tests, hosts, limit in ((scale.checked_lines, 1, 0.8), (TESTS_OF_A_FILE, scale.checked_hosts, 2)):
-        paths = write_chain(bench.folder, tests)
+    others = ("posix", "stream")
+    for tests, methods, hosts, limit in ((scale.checked_lines, others, 1, 0.8),
+                                         (TESTS_OF_A_FILE, others, scale.checked_hosts, 2),
+                                         (TESTS_OF_A_FILE, ("ansic",), scale.checked_hosts, 2)):
+        paths = write_chain(bench.folder, tests, methods)
         for form in ([], ["--json"]):
             name = " ".join(["marrowctl check", *form])
-            figure = Figure(f"{name}, {tests:,} lines, hosts: {hosts}, processor time", at_most(limit, "s"),
+            lines = f"{tests:,} lines" + (" of AnsiC" if methods == ("ansic",) else "")
+            figure = Figure(f"{name}, {lines}, hosts: {hosts}, processor time", at_most(limit, "s"),
                             unit="s")
             for _ in range(min(scale.rounds, 5)):
                 figure.samples.append(processor_seconds(
