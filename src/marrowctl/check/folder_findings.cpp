@@ -1,8 +1,10 @@
 #include <fmt/format.h>
 
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 
 #include "marrowctl/check/finding_groups.h"
 #include "paths/folders.h"
@@ -76,19 +78,31 @@ class FolderGroup {
   void addRefusal(const SurveyedTest& test, Field field, const PathPattern& pattern) {
     const std::string path = refusedFolder(test, pattern);
     if (path.empty()) return;
-    const FixedString folder = parentFolder(std::string_view(path));
-    const bool isShort = folder.length() < kShortest;
+    Advice advice = refusalOf(std::string_view(path));
     const std::string effect = field == Field::dest ? "the test is not run" : "no row is written";
-    findings.onField(
-        "folder-refused", test, field,
-        {fmt::format("{}: {}", effect,
-                     isShort ? fmt::format("the folder's text {} has fewer than three "
-                                           "characters and counts as missing",
-                                           quoted(folder))
-                             : fmt::format("three or more levels of {} are missing here, and "
-                                           "a client makes two at most",
-                                           quoted(folder))),
-         isShort ? kLongerFolder : "correct the path, or make the folder beforehand"});
+    advice.message.insert(0, effect + ": ");
+    findings.onField("folder-refused", test, field, std::move(advice));
+  }
+
+  // Why a client does not make the folder of a file.
+  static Advice refusalOf(const FixedString& path) {
+    const std::string folder = quoted(parentFolder(path));
+    if (parentFolder(path).length() < kShortest) {
+      return {fmt::format("the folder's text {} has fewer than three characters and counts as "
+                          "missing",
+                          folder),
+              kLongerFolder};
+    }
+    if (thirdParentFolder(path).length() < kShortest) {
+      return {fmt::format("{} is missing here, and a client makes no folder so near to the "
+                          "beginning of a path",
+                          folder),
+              "name the settings file by its whole path, or make the folder beforehand"};
+    }
+    return {fmt::format("three or more levels of {} are missing here, and a client makes two at "
+                        "most",
+                        folder),
+            "correct the path, or make the folder beforehand"};
   }
 
   // The path of the first client that is refused a folder, empty for none.

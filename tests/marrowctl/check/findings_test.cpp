@@ -384,6 +384,24 @@ TEST(PathTooLong, TellsTemplatesAndExpansionsThatAreCut) {
   }
 }
 
+TEST(FolderRefused, TellsWhyNoFolderIsMade) {
+  const struct {
+    const char *dest, *message;
+  } cases[] = {
+      {"/d.bin", "the folder's text \"/\" has fewer than three characters"},
+      {"/nowhere_/d.bin", "\"/nowhere_/\" is missing here, and a client makes no folder so"},
+      {"/tmp/nowhere_/d.bin", "\"/tmp/nowhere_/\" is missing here, and a client makes no"},
+      {"/nowhere_/a/b/d.bin", "three or more levels of \"/nowhere_/a/b/\" are missing"}};
+  const SettingsFolder settings;
+  for (const auto& c : cases) {
+    const auto findings = settings.findings(writing("posix;0;0;0;4;0;4;1;0", c.dest));
+    const Finding* const finding = find(findings, "folder-refused");
+    ASSERT_NE(finding, nullptr) << c.dest;
+    EXPECT_TRUE(finding->message.starts_with(std::string("the test is not run: ") + c.message))
+        << finding->message;
+  }
+}
+
 TEST(Findings, ByteOrderMarkExplainsItsLineAlone) {
   const SettingsFolder settings;
   EXPECT_EQ(namesOf(settings.findings("\xEF\xBB\xBF" + kWrite + kWrite)),
