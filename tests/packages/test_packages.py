@@ -59,12 +59,13 @@ def check_demo(root, prefix):
     """The demo's settings file runs there: nothing but the program is needed."""
     (root / "tmp").mkdir()
     shutil.copy(root / prefix / "share/doc/marrowbench/examples/quick.bst", root / "tmp")
+    # Before the run: AnsiC overwrites nothing, so check refuses names that exist.
+    printed = run("chroot", root, f"/{prefix}/bin/marrowctl", "check", "--strict", "/tmp/quick.bst")
+    assert "/tmp/quick.bst" in printed
     printed = run("chroot", root, f"/{prefix}/bin/marrowbench", "/tmp/quick.bst")
     assert "ERROR" not in printed
     table = (root / "tmp/marrowbench_quick_results.csv").read_text()
     assert table.count("\n\n") == 9
-    printed = run("chroot", root, f"/{prefix}/bin/marrowctl", "check", "--strict", "/tmp/quick.bst")
-    assert "/tmp/quick.bst" in printed
     shutil.rmtree(root / "tmp")
 
 
