@@ -1,6 +1,15 @@
 #include "marrowctl/table/row_store.h"
 
+#include <utility>
+
 namespace marrowbench::ctl {
+
+std::uint32_t RowStore::addKind(std::string_view key, RowKind kind) {
+  const auto index = static_cast<std::uint32_t>(kinds.size());
+  kinds.push_back(std::move(kind));
+  kindsByKey.emplace(std::string(key), index);
+  return index;
+}
 
 void RowStore::add(const StoredRow& row, std::uint64_t linesSince,
                    const std::vector<Digits>& numbers) {

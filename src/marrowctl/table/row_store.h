@@ -60,15 +60,12 @@ class RowStore {
  public:
   static constexpr std::size_t kRowsOfBlock = 16384;
 
-  /// Index of the kind with this key; a new one is made by `make`, which returns a RowKind.
-  template <class Make>
-  std::uint32_t kindOf(std::string_view key, Make make) {
-    if (const auto known = kindsByKey.find(key); known != kindsByKey.end()) return known->second;
-    const auto index = static_cast<std::uint32_t>(kinds.size());
-    kinds.push_back(make());
-    kindsByKey.emplace(std::string(key), index);
-    return index;
+  /// Index of the kind with this key, null for none yet. Valid until the next addKind().
+  [[nodiscard]] const std::uint32_t* findKind(std::string_view key) const {
+    const auto known = kindsByKey.find(key);
+    return known == kindsByKey.end() ? nullptr : &known->second;
   }
+  std::uint32_t addKind(std::string_view key, RowKind kind);
 
   /// @param linesSince  lines from the row before it in the file, from line 0 for the first one
   /// @param numbers     of source, dest and error, as its kind has marks
@@ -84,6 +81,9 @@ class RowStore {
   void finish();
 
   [[nodiscard]] std::uint64_t size() const { return rowCount; }
+  [[nodiscard]] StoredRow& at(std::uint64_t index) {
+    return blocks[index / kRowsOfBlock].rows[index % kRowsOfBlock];
+  }
 
   std::vector<RowKind> kinds;
   std::vector<RowBlock> blocks;
