@@ -58,7 +58,7 @@ std::vector<std::uint32_t> takeTests(ResultSet& set, const std::vector<Site>& si
 
 RunSpans spansOf(const ResultSet& set, std::int64_t gapSeconds) {
   RunSpans spans(gapSeconds);
-  for (StoredRowCursor rows(set.store); rows.next();) {
+  for (StoredRowCursor rows(set.store, Unpacking::nothing); rows.next();) {
     const StoredRow& row = rows.row();
     spans.add(std::int64_t{row.end} - row.milliseconds / 1000, row.end);
   }
@@ -106,7 +106,7 @@ void assignByPaths(ResultSet& set, const std::vector<Site>& sites, const ReadOpt
   set.runs.judged = options.allRuns ? set.runs.found : std::min<std::int64_t>(1, set.runs.found);
   const std::int64_t from = options.allRuns ? 0 : spans.newestBegin();
   std::vector<std::int32_t> next(set.series.size());
-  for (StoredRowCursor rows(set.store); rows.next();) {
+  for (StoredRowCursor rows(set.store, Unpacking::nothing); rows.next();) {
     StoredRow& row = set.store.at(rows.index());
     row.series = seriesOfSite[row.series];
     if (row.end < from) continue;

@@ -93,12 +93,17 @@ struct ResultRow {
 class RowCursor {
  public:
   /// @param set  kept and not changed by its owner while the cursor is used
-  explicit RowCursor(const ResultSet& set) : set_(set), stored(set.store) {}
+  /// @param unpacking  nothing: lines are 0 and there are no texts, which is faster
+  explicit RowCursor(const ResultSet& set, Unpacking unpacking = Unpacking::all)
+      : set_(set), stored(set.store, unpacking) {}
 
   /// Steps to the first or next row. @return false behind the last one
   bool next();
 
   [[nodiscard]] const ResultRow& row() const { return current; }
+
+  /// The row as it is stored, and what it shares with others.
+  [[nodiscard]] const StoredRowCursor& raw() const { return stored; }
 
   /// Texts of the row; each call makes one.
   [[nodiscard]] std::string source() const { return stored.source(); }

@@ -37,13 +37,17 @@ bool StoredRowCursor::next() {
   }
   const RowBlock& block = store.blocks[nextIndex / RowStore::kRowsOfBlock];
   const std::size_t inBlock = nextIndex % RowStore::kRowsOfBlock;
-  if (inBlock == 0) packed = block.numbers.data();
   current = &block.rows[inBlock];
+  if (unpacks) unpack(block, inBlock);
+  ++nextIndex;
+  return true;
+}
+
+void StoredRowCursor::unpack(const RowBlock& block, std::size_t inBlock) {
+  if (inBlock == 0) packed = block.numbers.data();
   currentLine += takePacked(packed);
   unpacked.resize(kind().numbers());
   for (Digits& number : unpacked) number = takePacked(packed);
-  ++nextIndex;
-  return true;
 }
 
 WideValues StoredRowCursor::wide() const {

@@ -101,10 +101,14 @@ class RowStore {
   std::uint64_t rowCount = 0;
 };
 
+/// Whether a cursor unpacks the lines and numbers of rows, which takes most of its time.
+enum class Unpacking { all, nothing };
+
 /// Walks over the rows of a store in the order in which they were added.
 class StoredRowCursor {
  public:
-  explicit StoredRowCursor(const RowStore& rowStore) : store(rowStore) {}
+  explicit StoredRowCursor(const RowStore& rowStore, Unpacking unpacking = Unpacking::all)
+      : store(rowStore), unpacks(unpacking == Unpacking::all) {}
 
   /// Steps to the first or next row. @return false behind the last one
   bool next();
@@ -113,10 +117,11 @@ class StoredRowCursor {
   [[nodiscard]] const RowKind& kind() const { return store.kinds[current->kind]; }
   [[nodiscard]] std::uint64_t index() const { return nextIndex - 1; }
   [[nodiscard]] std::uint32_t file() const { return currentFile; }
+  /// 0 where nothing is unpacked.
   [[nodiscard]] std::uint64_t line() const { return currentLine; }
   [[nodiscard]] WideValues wide() const;
 
-  /// The numbers of source, dest and error.
+  /// The numbers of source, dest and error; none where nothing is unpacked.
   [[nodiscard]] const std::vector<Digits>& numbers() const { return unpacked; }
 
   [[nodiscard]] std::string source() const;
@@ -124,7 +129,10 @@ class StoredRowCursor {
   [[nodiscard]] std::string error() const;
 
  private:
+  void unpack(const RowBlock& block, std::size_t inBlock);
+
   const RowStore& store;
+  const bool unpacks;
   const StoredRow* current = nullptr;
   const std::uint8_t* packed = nullptr;  // of the next row
   std::vector<Digits> unpacked;
