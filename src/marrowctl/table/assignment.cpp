@@ -37,10 +37,16 @@ bool isBefore(const std::string& a, const std::string& b) {
   return a < b;
 }
 
-std::vector<std::uint32_t> takeTests(ResultSet& set, const std::vector<Site>& sites) {
+// Of sites with rows that end at `from` or later; the others have none.
+std::vector<std::uint32_t> takeTests(ResultSet& set, const std::vector<Site>& sites,
+                                     std::int64_t from) {
   std::unordered_map<std::string, std::uint32_t> known;
   std::vector<std::uint32_t> ofSite;
   for (const Site& site : sites) {
+    if (site.lastEnd < from) {
+      ofSite.push_back(kNone);
+      continue;
+    }
     const Parameters& parameters = set.store.kinds[site.kind].parameters;
     const auto [test, isNew] = known.try_emplace(keyOf(parameters) + site.source + '\n' + site.dest,
                                                  static_cast<std::uint32_t>(set.tests.size()));
@@ -94,17 +100,18 @@ std::vector<std::uint32_t> takeHosts(ResultSet& set, const std::vector<Site>& si
 }
 
 void assignByPaths(ResultSet& set, const std::vector<Site>& sites, const ReadOptions& options) {
+  const RunSpans spans = spansOf(set, options.gapSeconds);
+  set.runs.found = static_cast<std::int64_t>(spans.count());
+  set.runs.judged = options.allRuns ? set.runs.found : 1;
+  const std::int64_t from = options.allRuns ? 0 : spans.newestBegin();
+
   const std::vector<std::uint32_t> hosts = takeHosts(set, sites);
-  const std::vector<std::uint32_t> tests = takeTests(set, sites);
+  const std::vector<std::uint32_t> tests = takeTests(set, sites, from);
   SeriesMaker maker(set.series);
   std::vector<std::uint32_t> seriesOfSite;
   for (std::size_t i = 0; i < sites.size(); ++i)
-    seriesOfSite.push_back(maker.seriesOf(hosts[i], tests[i]));
+    seriesOfSite.push_back(tests[i] == kNone ? kNone : maker.seriesOf(hosts[i], tests[i]));
 
-  const RunSpans spans = spansOf(set, options.gapSeconds);
-  set.runs.found = static_cast<std::int64_t>(spans.count());
-  set.runs.judged = options.allRuns ? set.runs.found : std::min<std::int64_t>(1, set.runs.found);
-  const std::int64_t from = options.allRuns ? 0 : spans.newestBegin();
   std::vector<std::int32_t> next(set.series.size());
   for (StoredRowCursor rows(set.store, Unpacking::nothing); rows.next();) {
     StoredRow& row = set.store.at(rows.index());

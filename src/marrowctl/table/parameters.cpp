@@ -66,22 +66,6 @@ class CellReader {
 
 }  // namespace
 
-std::string_view nameOf(Method method) {
-  for (const auto& each : kMethods) {
-    if (each.value == method) return each.text;
-  }
-  return "";
-}
-
-std::string_view typeNameOf(TestType type) {
-  switch (type) {
-    case TestType::copy: return "copy";
-    case TestType::read: return "read";
-    case TestType::write: return "write";
-  }
-  return "";
-}
-
 std::optional<Parameters> parametersOf(std::string_view text, char separator,
                                        std::string& problem) {
   Cells cells;

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "marrowctl/plan/method_names.h"
 #include "settings/test_config.h"
 
 namespace marrowbench::ctl {
@@ -26,12 +27,6 @@ struct Parameters {
 
   auto operator<=>(const Parameters&) const = default;
 };
-
-/// "Posix", "System", "Stream", "AnsiC", "WinApi".
-[[nodiscard]] std::string_view nameOf(Method method);
-
-/// "write", "read", "copy".
-[[nodiscard]] std::string_view typeNameOf(TestType type);
 
 /// The eleven cells between the date and the source: "Posix,Copy,flush,...,0".
 ///

@@ -55,7 +55,7 @@ std::string pathsOf(const ResultTest& test) {
 }
 
 std::string nameOfTest(const Parameters& p) {
-  std::string name = std::string(nameOf(p.method)) + " " + std::string(typeNameOf(p.type));
+  std::string name = std::string(nameOf(p.method)) + " " + std::string(nameOf(p.type));
   name += p.chunkBytes > 0 ? ", " + shownSize(p.chunkBytes) + " chunks" : ", in one piece";
   if (p.fileKib > 0)
     name +=

@@ -1,0 +1,66 @@
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "marrowctl/main/commands.h"
+#include "marrowctl/main/table_options.h"
+#include "marrowctl/report/link_speed.h"
+#include "marrowctl/report/make_report.h"
+#include "marrowctl/report/output.h"
+#include "marrowctl/support/terminal.h"
+
+namespace marrowbench::ctl {
+namespace {
+
+std::string problemOfFolder(const std::string& folder) {
+  std::error_code code;
+  if (std::filesystem::is_directory(folder, code)) return {};
+  return folder + ": " + std::strerror(code ? code.value() : ENOTDIR);
+}
+
+Outcome printTidy(const Report& report, int status) {
+  const bool isWritten = writeTidy(report, [](std::string_view text) {
+    return std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+  });
+  if (isWritten) return {status, "", ""};
+  return impossible("", std::string("the standard output: ") + std::strerror(errno));
+}
+
+Outcome printed(const Report& report, ReportFormat format) {
+  const int status = exitStatusOf(report);
+  switch (format) {
+    case ReportFormat::tidy: return printTidy(report, status);
+    case ReportFormat::json: return {status, reportJson(report), ""};
+    case ReportFormat::text: break;
+  }
+  return {status, reportText(report, styleOf(stdout)), ""};
+}
+
+}  // namespace
+
+Outcome runReport(const ReportCommand& command) {
+  ReportOptions options;
+  if (!command.link.empty()) {
+    options.linkBytesPerSecond = linkSpeedFrom(command.link);
+    if (!options.linkBytesPerSecond)
+      return wrongUsageOf("report", "--link: " + command.link + " is no speed such as 10G or 100M");
+  }
+  if (!command.doneFolder.empty()) {
+    const std::string problem = problemOfFolder(command.doneFolder);
+    if (!problem.empty()) return impossible("report", problem);
+  }
+  TableSource source;
+  if (const auto outcome = prepareSource("report", command.from, source)) return *outcome;
+  ReadOutcome read = readResults(readOptionsOf(command.from, source, command.tables));
+  if (!read.problem.empty()) return impossible("report", read.problem);
+  options.hosts = source.hosts;
+  options.clients = command.clients;
+  options.doneFolder = command.doneFolder;
+  return printed(makeReport(std::move(read.set), options), command.format);
+}
+
+}  // namespace marrowbench::ctl
