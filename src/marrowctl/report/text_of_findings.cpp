@@ -37,9 +37,9 @@ std::string answerLine(const char* question, std::optional<bool> answer, const s
                        const TextStyle& style) {
   const char* word = "cannot tell";
   if (answer) word = *answer ? "yes" : "no";
-  const std::string front = fmt::format("  {:<36}", question);
-  std::string lines = wrapped(fmt::format("{:<12} {}", word, why), kMargin + 34, style.width);
-  lines.erase(0, kMargin + 34);
+  const std::string front = fmt::format("  {:<38}", question);
+  std::string lines = wrapped(fmt::format("{:<12} {}", word, why), kMargin + 36, style.width);
+  lines.erase(0, kMargin + 36);
   const std::string_view shown(word);
   return front + toned(shown, toneOf(answer), style) + lines.substr(shown.size());
 }

@@ -37,31 +37,6 @@ bool isBefore(const std::string& a, const std::string& b) {
   return a < b;
 }
 
-// Of sites with rows that end at `from` or later; the others have none.
-std::vector<std::uint32_t> takeTests(ResultSet& set, const std::vector<Site>& sites,
-                                     std::int64_t from) {
-  std::unordered_map<std::string, std::uint32_t> known;
-  std::vector<std::uint32_t> ofSite;
-  for (const Site& site : sites) {
-    if (site.lastEnd < from) {
-      ofSite.push_back(kNone);
-      continue;
-    }
-    const Parameters& parameters = set.store.kinds[site.kind].parameters;
-    const auto [test, isNew] = known.try_emplace(keyOf(parameters) + site.source + '\n' + site.dest,
-                                                 static_cast<std::uint32_t>(set.tests.size()));
-    if (isNew) {
-      ResultTest& added = set.tests.emplace_back();
-      added.parameters = parameters;
-      added.source = site.source;
-      added.dest = site.dest;
-    }
-    ofSite.push_back(test->second);
-  }
-  nameTests(set.tests);
-  return ofSite;
-}
-
 RunSpans spansOf(const ResultSet& set, std::int64_t gapSeconds) {
   RunSpans spans(gapSeconds);
   for (StoredRowCursor rows(set.store, Unpacking::nothing); rows.next();) {
@@ -99,6 +74,28 @@ std::vector<std::uint32_t> takeHosts(ResultSet& set, const std::vector<Site>& si
   return ofSite;
 }
 
+std::vector<std::uint32_t> takeTests(ResultSet& set, const std::vector<Site>& sites, double from) {
+  std::unordered_map<std::string, std::uint32_t> known;
+  std::vector<std::uint32_t> ofSite;
+  for (const Site& site : sites) {
+    if (site.rows == 0 || site.lastEnd < from) {
+      ofSite.push_back(kNone);
+      continue;
+    }
+    const Parameters& parameters = set.store.kinds[site.kind].parameters;
+    const auto [test, isNew] = known.try_emplace(keyOf(parameters) + site.source + '\n' + site.dest,
+                                                 static_cast<std::uint32_t>(set.tests.size()));
+    if (isNew) {
+      ResultTest& added = set.tests.emplace_back();
+      added.parameters = parameters;
+      added.source = site.source;
+      added.dest = site.dest;
+    }
+    ofSite.push_back(test->second);
+  }
+  return ofSite;
+}
+
 void assignByPaths(ResultSet& set, const std::vector<Site>& sites, const ReadOptions& options) {
   const RunSpans spans = spansOf(set, options.gapSeconds);
   set.runs.found = static_cast<std::int64_t>(spans.count());
@@ -106,7 +103,8 @@ void assignByPaths(ResultSet& set, const std::vector<Site>& sites, const ReadOpt
   const std::int64_t from = options.allRuns ? 0 : spans.newestBegin();
 
   const std::vector<std::uint32_t> hosts = takeHosts(set, sites);
-  const std::vector<std::uint32_t> tests = takeTests(set, sites, from);
+  const std::vector<std::uint32_t> tests = takeTests(set, sites, static_cast<double>(from));
+  nameTests(set.tests);
   SeriesMaker maker(set.series);
   std::vector<std::uint32_t> seriesOfSite;
   for (std::size_t i = 0; i < sites.size(); ++i)

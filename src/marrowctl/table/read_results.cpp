@@ -6,6 +6,7 @@
 #include "marrowctl/table/assignment.h"
 #include "marrowctl/table/host_names.h"
 #include "marrowctl/table/number_roles.h"
+#include "marrowctl/table/settings_lines.h"
 #include "marrowctl/table/sites.h"
 #include "marrowctl/table/table_file.h"
 #include "marrowctl/table/table_names.h"
@@ -51,16 +52,34 @@ void takeHostsFrom(const ReadOptions& options, ResultSet& set, std::vector<Site>
   takeHostsByTokens(set.files, set.store.kinds, sites);
 }
 
+void assign(const ReadOptions& options, ResultSet& set) {
+  NumberRoles roles = rolesOf(set.store);
+  if (options.plan == nullptr) {
+    std::vector<Site> sites = takeSites(set.store, roles);
+    takeHostsFrom(options, set, sites);
+    assignByPaths(set, sites, options);
+    return;
+  }
+  const SettingsTests settings(*options.plan);
+  settings.setRoles(set.store, roles);
+  std::vector<Site> sites = takeSites(set.store, roles);
+  std::vector<Site> named = sites;
+  const std::vector<std::uint32_t> lines = settings.matchSites(set, sites);
+  // What the templates do not tell.
+  takeHostsFrom(options, set, named);
+  for (std::size_t i = 0; i < sites.size(); ++i) {
+    if (sites[i].host.empty()) sites[i].host = named[i].host;
+    if (lines[i] == kNone) sites[i] = named[i];
+  }
+  assignBySettings(set, sites, settings, lines, options);
+}
+
 }  // namespace
 
 ReadOutcome readResults(const ReadOptions& options) {
   ReadOutcome outcome;
-  ResultSet& set = outcome.set;
-  outcome.problem = readFiles(options, set);
-  if (!outcome.problem.empty()) return outcome;
-  std::vector<Site> sites = takeSites(set.store, rolesOf(set.store));
-  takeHostsFrom(options, set, sites);
-  assignByPaths(set, sites, options);
+  outcome.problem = readFiles(options, outcome.set);
+  if (outcome.problem.empty()) assign(options, outcome.set);
   return outcome;
 }
 
