@@ -25,10 +25,9 @@ std::vector<ResultRow> sampleRows(const ResultSet& results, std::size_t most) {
   if (most == 0) return sample;
   std::uint64_t seen = 0;
   for (RowCursor rows(results, Unpacking::nothing); rows.next(); ++seen) {
-    // Of each step over the rows the first one.
-    const bool isTaken = results.judgedRows <= most ||
-                         seen * most / results.judgedRows != (seen - 1) * most / results.judgedRows;
-    if (isTaken || seen == 0) sample.push_back(rows.row());
+    // The first row of each of `most` equal parts.
+    const bool isTaken = sample.size() * results.judgedRows <= seen * most;
+    if (isTaken) sample.push_back(rows.row());
   }
   return sample;
 }

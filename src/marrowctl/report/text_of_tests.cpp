@@ -28,7 +28,7 @@ std::string percent(double share) { return fmt::format("{:.0f} %", std::floor(sh
 // What the clients got together, and the same as links are named.
 std::string togetherText(const TestReport& test) {
   const auto clients = static_cast<std::int64_t>(test.clients.size());
-  if (clients < 2) return {};
+  if (clients < 2 || !test.overlap) return {};
   if (test.isTooShort) return shownCount(clients) + " clients, too short to tell";
   if (!test.allActive) return shownCount(clients) + " clients, never all at once";
   const double speed = test.allActive->mibPerSecond;
