@@ -1,4 +1,5 @@
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -12,6 +13,7 @@
 #include "marrowctl/report/make_report.h"
 #include "marrowctl/report/output.h"
 #include "marrowctl/support/terminal.h"
+#include "marrowctl/support/units.h"
 
 namespace marrowbench::ctl {
 namespace {
@@ -21,6 +23,32 @@ std::string problemOfFolder(const std::string& folder) {
   if (std::filesystem::is_directory(folder, code)) return {};
   return folder + ": " + std::strerror(code ? code.value() : ENOTDIR);
 }
+
+// What is read of what there is, in a line that is drawn anew.
+class ReadingLine {
+ public:
+  ReadingLine() : isShown(isTerminal(stderr)) {}
+  ReadingLine(const ReadingLine&) = delete;
+  ReadingLine& operator=(const ReadingLine&) = delete;
+  ~ReadingLine() {
+    if (shownBytes > 0) (void)std::fputs("\r\033[K", stderr);
+  }
+
+  void show(std::uint64_t done, std::uint64_t all) {
+    if (!isShown || done - shownBytes < kStep) return;
+    shownBytes = done;
+    (void)std::fprintf(stderr, "\rReading: %s of %s MiB\033[K",
+                       shownCount(static_cast<std::int64_t>(done / kMib)).c_str(),
+                       shownCount(static_cast<std::int64_t>(all / kMib)).c_str());
+  }
+
+ private:
+  static constexpr std::uint64_t kMib = 1 << 20;
+  // What is read sooner needs no line.
+  static constexpr std::uint64_t kStep = 64 * kMib;
+  const bool isShown;
+  std::uint64_t shownBytes = 0;
+};
 
 Outcome printTidy(const Report& report, int status) {
   const bool isWritten = writeTidy(report, [](std::string_view text) {
@@ -55,7 +83,10 @@ Outcome runReport(const ReportCommand& command) {
   }
   TableSource source;
   if (const auto outcome = prepareSource("report", command.from, source)) return *outcome;
-  ReadOutcome read = readResults(readOptionsOf(command.from, source, command.tables));
+  ReadOptions reading = readOptionsOf(command.from, source, command.tables);
+  ReadingLine line;
+  reading.progress = [&line](std::uint64_t done, std::uint64_t all) { line.show(done, all); };
+  ReadOutcome read = readResults(reading);
   if (!read.problem.empty()) return impossible("report", read.problem);
   options.hosts = source.hosts;
   options.clients = command.clients;

@@ -11,6 +11,7 @@
 #include "marrowctl/plan/make_plan.h"
 #include "marrowctl/support/host_list.h"
 #include "marrowctl/table/host_names.h"
+#include "paths/host_name.h"
 
 namespace marrowbench::ctl {
 namespace {
@@ -49,7 +50,9 @@ std::optional<Outcome> prepareSource(const std::string& subcommand, const TableO
     const HostList hosts = readHostList(list);
     if (hosts.isUnreadable) return impossible(subcommand, hosts.problem);
     if (!hosts.problem.empty()) return wrongUsageOf(subcommand, "--hosts: " + hosts.problem);
-    source.hosts.insert(source.hosts.end(), hosts.names.begin(), hosts.names.end());
+    // As clients name themselves.
+    for (const std::string& name : hosts.names)
+      source.hosts.emplace_back(hostNameFrom(name).view());
   }
   if (!values.hostPattern.empty()) {
     const std::string problem = problemOfPattern(values.hostPattern);

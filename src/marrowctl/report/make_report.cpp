@@ -12,10 +12,10 @@ namespace marrowbench::ctl {
 Report makeReport(ResultSet results, const ReportOptions& options) {
   Report report;
   report.results = std::move(results);
-  tallyTests(report);
-  measureTests(report);
+  const std::vector<MovedRows> counts = tallyTests(report);
+  const std::vector<FirstIteration> firsts = measureTests(report, counts);
   judge(report, options);
-  report.suspicions = suspicionsOf(report, firstIterations(report), options.linkBytesPerSecond);
+  report.suspicions = suspicionsOf(report, firsts, options.linkBytesPerSecond);
   if (report.rows.errors > 0) report.errors = errorGroups(report.results);
   return report;
 }

@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <span>
 #include <vector>
 
@@ -11,38 +10,50 @@
 
 namespace marrowbench::ctl {
 
-/// A figure of all rows that moved something, sorted into groups: eight bytes a row, so that only
-/// one of these should live at a time.
+/// The rows of each series that moved something.
+struct MovedRows {
+  std::uint64_t first = 0;  ///< of the first iteration
+  std::uint64_t later = 0;
+};
+
+/// A figure of all rows that moved something, eight bytes each, so that only one of these should
+/// live at a time. Those of a test stand together, in them those of a client, and in these the
+/// first iterations in front.
 class GroupedFigures {
  public:
-  /// @param group   number of a row's group
+  /// @param counts  of each series
   /// @param figure  what is collected of a row
-  template <class Group, class Figure>
-  GroupedFigures(const ResultSet& set, std::size_t groups, Group group, Figure figure)
-      : begins(groups + 1) {
-    forEachMoved(set, [this, &group](const ResultRow& row) { ++begins[group(row) + 1]; });
-    for (std::size_t i = 1; i < begins.size(); ++i) begins[i] += begins[i - 1];
-    figures.resize(begins.back());
-    std::vector<std::size_t> next(begins.begin(), begins.end() - 1);
-    forEachMoved(set, [this, &group, &figure, &next](const ResultRow& row) {
-      figures[next[group(row)]++] = figure(row);
-    });
-  }
-
-  /// The figures of groups that follow one another; the caller may change their order.
-  [[nodiscard]] std::span<double> of(std::size_t group, std::size_t groups = 1) {
-    return {figures.data() + begins[group], begins[group + groups] - begins[group]};
-  }
-
- private:
-  template <class Visit>
-  static void forEachMoved(const ResultSet& set, Visit visit) {
+  template <class Figure>
+  GroupedFigures(const ResultSet& set, const std::vector<MovedRows>& counts, Figure figure) {
+    arrange(set, counts);
+    std::vector<std::uint64_t> nextFirst(counts.size()), nextLater(counts.size());
+    for (std::size_t i = 0; i < counts.size(); ++i) {
+      nextFirst[i] = begins[i];
+      nextLater[i] = begins[i] + counts[i].first;
+    }
     for (RowCursor rows(set, Unpacking::nothing); rows.next();) {
-      if (rows.row().moved) visit(rows.row());
+      const ResultRow& row = rows.row();
+      if (!row.moved) continue;
+      auto& next = row.iteration > 0 ? nextLater : nextFirst;
+      figures[next[row.series]++] = figure(row);
     }
   }
 
-  std::vector<std::size_t> begins;
+  /// The caller may change the order of the figures in each.
+  [[nodiscard]] std::span<double> ofTest(std::size_t test) { return part(testBegins, test); }
+  [[nodiscard]] std::span<double> ofSeries(std::size_t series) {
+    return {figures.data() + begins[series], lengths[series]};
+  }
+
+ private:
+  void arrange(const ResultSet& set, const std::vector<MovedRows>& counts);
+
+  [[nodiscard]] std::span<double> part(const std::vector<std::uint64_t>& limits, std::size_t i) {
+    return {figures.data() + limits[i], limits[i + 1] - limits[i]};
+  }
+
+  std::vector<std::uint64_t> testBegins;       // and the end of the last one
+  std::vector<std::uint64_t> begins, lengths;  // of series
   std::vector<double> figures;
 };
 

@@ -7,6 +7,7 @@
 
 #include "marrowctl/report/completeness.h"
 #include "marrowctl/report/statistics.h"
+#include "marrowctl/report/text_parts.h"
 #include "marrowctl/support/utf8.h"
 
 namespace marrowbench::ctl {
@@ -70,10 +71,9 @@ class Suspicions {
       const std::vector<std::string> hosts = fasterThan(test, *link);
       if (!hosts.empty()) {
         add("client-cache", test, hosts,
-            fmt::format(
-                "read faster than the link's {:.1f} MiB/s: the data came from the memory of "
-                "the client, not from the server",
-                *link),
+            fmt::format("read faster than the link's {} MiB/s: the data came from the memory of "
+                        "the client, not from the server",
+                        *link),
             kRemedy);
         return;
       }
@@ -83,10 +83,9 @@ class Suspicions {
     const std::vector<std::string> hosts = fasterThan(test, kCacheRatio * *write);
     if (hosts.empty()) return;
     add("client-cache", test, hosts,
-        fmt::format(
-            "read at {:.1f} MiB/s what was written at {:.1f} MiB/s: more than three times as "
-            "fast, probably from the memory of the client",
-            report.tests[test].mibPerSecond->median, *write),
+        fmt::format("read at {} MiB/s what was written at {} MiB/s: more than three times as "
+                    "fast, probably from the memory of the client",
+                    shownSpeed(report.tests[test].mibPerSecond->median), shownSpeed(*write)),
         kRemedy);
   }
 
@@ -94,9 +93,9 @@ class Suspicions {
     const std::vector<std::string> hosts = fasterThan(test, *link);
     if (hosts.empty()) return;
     add("impossible-rate", test, hosts,
-        fmt::format("written faster than the link's {:.1f} MiB/s: the data was still in the memory "
+        fmt::format("written faster than the link's {} MiB/s: the data was still in the memory "
                     "of the client when the clock stopped",
-                    *link),
+                    shownSpeed(*link)),
         "write files that are larger than the memory of the client, and look whether the share is "
         "mounted at all");
   }
@@ -107,10 +106,9 @@ class Suspicions {
     const double ratio = first / later;
     if (ratio < kFirstRatio && ratio > 1 / kFirstRatio) return;
     add("first-iteration", test, {},
-        fmt::format(
-            "the first iteration ran at {:.1f} MiB/s, the later ones at {:.1f}: they do not "
-            "measure the same",
-            first, later),
+        fmt::format("the first iteration ran at {} MiB/s, the later ones at {}: they do not "
+                    "measure the same",
+                    first, later),
         ratio > 1
             ? "the first one may have filled a cache that was full later: judge by the later "
               "ones, and use more iterations"

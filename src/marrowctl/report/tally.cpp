@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 
 #include "marrowctl/report/speeds.h"
 #include "marrowctl/report/statistics.h"
@@ -17,10 +18,12 @@ constexpr double kLeastShareOfRows = 0.9;
 // What is summed up of the rows of a client in a test.
 struct SeriesSum {
   ClientReport client;
-  std::int64_t moved = 0;
+  MovedRows moved;
   double bytes = 0;
   double bytesInWindow = 0;
 };
+
+bool hasMoved(const SeriesSum& sum) { return sum.moved.first + sum.moved.later > 0; }
 
 Rate rateOf(double bytes, double seconds) {
   return {seconds, bytes, bytes / kBytesOfMib / seconds};
@@ -37,6 +40,12 @@ class Tally {
     setWindows();
     fillWindows();
     setRates();
+  }
+
+  [[nodiscard]] std::vector<MovedRows> movedRows() const {
+    std::vector<MovedRows> counts;
+    for (const SeriesSum& sum : sums) counts.push_back(sum.moved);
+    return counts;
   }
 
  private:
@@ -58,14 +67,14 @@ class Tally {
   static void countMoved(const ResultRow& row, SeriesSum& sum) {
     ClientReport& client = sum.client;
     client.firstStart =
-        sum.moved == 0 ? row.exactStart : std::min(client.firstStart, row.exactStart);
+        hasMoved(sum) ? std::min(client.firstStart, row.exactStart) : row.exactStart;
     client.lastEnd = std::max(client.lastEnd, row.end);
     sum.bytes += static_cast<double>(row.bytes);
-    ++sum.moved;
+    ++(row.iteration > 0 ? sum.moved.later : sum.moved.first);
   }
 
   [[nodiscard]] bool isLeftOut(const SeriesSum& sum, const ResultTest& test) const {
-    if (sum.moved == 0) return true;
+    if (!hasMoved(sum)) return true;
     return test.expectedRows > 0 && static_cast<double>(sum.client.rows) <
                                         kLeastShareOfRows * static_cast<double>(test.expectedRows);
   }
@@ -76,7 +85,7 @@ class Tally {
       if (sum.client.rows == 0) continue;
       TestReport& test = report.tests[set.series[i].test];
       sum.client.isLeftOut = isLeftOut(sum, set.tests[set.series[i].test]);
-      if (sum.moved > 0) widen(test, sum.client);
+      if (hasMoved(sum)) widen(test, sum.client);
     }
   }
 
@@ -167,48 +176,76 @@ void setStragglers(TestReport& test) {
             [](const Straggler& a, const Straggler& b) { return a.ratio < b.ratio; });
 }
 
-}  // namespace
-
-void tallyTests(Report& report) { Tally(report).run(); }
-
-void measureTests(Report& report) {
-  const ResultSet& set = report.results;
-  const auto testOf = [](const ResultRow& row) { return row.test; };
-  {
-    GroupedFigures times(set, set.tests.size(), testOf, [](const ResultRow& row) {
-      return static_cast<double>(row.milliseconds);
-    });
-    for (std::size_t i = 0; i < set.tests.size(); ++i)
-      report.tests[i].milliseconds = spreadIn(times.of(i));
-  }
-  {
-    GroupedFigures speeds(set, set.tests.size(), testOf, mibPerSecond);
-    for (std::size_t i = 0; i < set.tests.size(); ++i)
-      report.tests[i].mibPerSecond = spreadIn(speeds.of(i));
-  }
-  GroupedFigures speeds(
-      set, set.series.size(), [](const ResultRow& row) { return row.series; }, mibPerSecond);
-  for (std::size_t i = 0; i < set.series.size(); ++i) {
-    ClientReport* const client = clientOf(report.tests[set.series[i].test], set.series[i].host);
-    if (client != nullptr) client->mibPerSecond = spreadIn(speeds.of(i));
-  }
-  for (TestReport& test : report.tests) setStragglers(test);
+// The upper of two in the middle.
+double medianOf(std::vector<float>& speeds) {
+  if (speeds.empty()) return 0;
+  const auto middle = speeds.begin() + static_cast<std::ptrdiff_t>(speeds.size() / 2);
+  std::nth_element(speeds.begin(), middle, speeds.end());
+  return static_cast<double>(*middle);
 }
 
-std::vector<FirstIteration> firstIterations(const Report& report) {
-  const ResultSet& set = report.results;
-  // Two groups for each test: the first iterations, and the later ones.
-  GroupedFigures speeds(
-      set, 2 * set.tests.size(),
-      [](const ResultRow& row) { return 2 * std::size_t{row.test} + (row.iteration > 0 ? 1 : 0); },
-      mibPerSecond);
-  std::vector<FirstIteration> medians(set.tests.size());
-  for (std::size_t i = 0; i < medians.size(); ++i) {
-    if (const auto first = speeds.of(2 * i); !first.empty()) medians[i].firstMedian = median(first);
-    if (const auto later = speeds.of(2 * i + 1); !later.empty())
-      medians[i].laterMedian = median(later);
+// The speeds of each test by their iteration, in half the memory: the figures lose their order.
+class FirstIterations {
+ public:
+  FirstIterations(const ResultSet& resultSet, const std::vector<MovedRows>& movedRows)
+      : set(resultSet), counts(movedRows), ofTest(resultSet.tests.size()) {
+    for (std::uint32_t i = 0; i < set.series.size(); ++i) ofTest[set.series[i].test].push_back(i);
   }
-  return medians;
+
+  FirstIteration of(std::size_t test, GroupedFigures& speeds) const {
+    std::vector<float> first, later;
+    for (const std::uint32_t series : ofTest[test]) {
+      const std::span<double> all = speeds.ofSeries(series);
+      const auto split = all.begin() + static_cast<std::ptrdiff_t>(counts[series].first);
+      append(all.begin(), split, first);
+      append(split, all.end(), later);
+    }
+    return {medianOf(first), medianOf(later)};
+  }
+
+ private:
+  template <class Iterator>
+  static void append(Iterator from, Iterator to, std::vector<float>& speeds) {
+    std::transform(from, to, std::back_inserter(speeds),
+                   [](double speed) { return static_cast<float>(speed); });
+  }
+
+  const ResultSet& set;
+  const std::vector<MovedRows>& counts;
+  std::vector<std::vector<std::uint32_t>> ofTest;
+};
+
+}  // namespace
+
+std::vector<MovedRows> tallyTests(Report& report) {
+  Tally tally(report);
+  tally.run();
+  return tally.movedRows();
+}
+
+std::vector<FirstIteration> measureTests(Report& report, const std::vector<MovedRows>& counts) {
+  const ResultSet& set = report.results;
+  {
+    GroupedFigures times(
+        set, counts, [](const ResultRow& row) { return static_cast<double>(row.milliseconds); });
+    for (std::size_t i = 0; i < set.tests.size(); ++i)
+      report.tests[i].milliseconds = spreadIn(times.ofTest(i));
+  }
+  GroupedFigures speeds(set, counts, mibPerSecond);
+  const FirstIterations firstIterations(set, counts);
+  std::vector<FirstIteration> firsts;
+  // Each step disorders the figures a little more: iterations, then clients, then tests.
+  for (std::size_t i = 0; i < set.tests.size(); ++i)
+    firsts.push_back(firstIterations.of(i, speeds));
+  for (std::size_t i = 0; i < set.series.size(); ++i) {
+    ClientReport* const client = clientOf(report.tests[set.series[i].test], set.series[i].host);
+    if (client != nullptr) client->mibPerSecond = spreadIn(speeds.ofSeries(i));
+  }
+  for (std::size_t i = 0; i < set.tests.size(); ++i) {
+    report.tests[i].mibPerSecond = spreadIn(speeds.ofTest(i));
+    setStragglers(report.tests[i]);
+  }
+  return firsts;
 }
 
 }  // namespace marrowbench::ctl

@@ -38,10 +38,11 @@ void Activity::add(const Site& site) {
 
 bool Activity::canBeOneClient() const { return !exceeds(busySeconds, lastEnd - firstStart); }
 
-bool canBeClients(const Activities& activities) {
+bool canBeClients(const Activities& activities, bool mixed) {
   const bool areSingle = std::all_of(activities.begin(), activities.end(),
                                      [](const auto& each) { return each.second.canBeOneClient(); });
   if (!areSingle || activities.size() < 2) return false;
+  if (mixed) return true;
 
   const std::vector<Activity> sorted = inOrder(activities);
   double busy = 0, covered = 0, overlap = 0, shortestGap = sorted[1].firstStart - sorted[0].lastEnd;

@@ -24,9 +24,11 @@ struct Activity {
 
 using Activities = std::unordered_map<std::string_view, Activity>;
 
-/// True when the rows behind these names can be those of as many clients: each of them does one
-/// thing at a time, and they are not the work of one client that turns from one to the next.
-[[nodiscard]] bool canBeClients(const Activities& activities);
+/// Whether the rows behind these names can be those of as many clients: each of them does one thing
+/// at a time, and they are not the work of one client that turns from one to the next.
+///
+/// @param mixed  their rows are known to have run at the same time
+[[nodiscard]] bool canBeClients(const Activities& activities, bool mixed);
 
 }  // namespace marrowbench::ctl
 

@@ -66,22 +66,42 @@ class NameFinder {
   std::size_t longest = 0;
 };
 
-// As a row has it, for patterns that count digits.
-std::string withNumbers(std::string text) {
-  const auto replace = [&text](std::string_view what, std::string_view with) {
-    for (std::size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += with.size()) {
-      text.replace(at, what.size(), with);
+// A path as a row has it, for patterns that count digits.
+struct PlainPath {
+  std::string text;
+  std::vector<std::size_t> origins;  // for each character its place in the site's path
+};
+
+PlainPath plainPath(const std::string& path) {
+  constexpr std::pair<std::string_view, std::string_view> kNumbers[] = {{"[iter]", "0"},
+                                                                        {"[date]", "0101_00000"}};
+  PlainPath plain;
+  for (std::size_t i = 0; i < path.size();) {
+    std::string_view text = std::string_view(path).substr(i, 1);
+    std::size_t length = 1;
+    for (const auto& [placeholder, number] : kNumbers) {
+      if (!std::string_view(path).substr(i).starts_with(placeholder)) continue;
+      text = number;
+      length = placeholder.size();
     }
-  };
-  replace("[iter]", "0");
-  replace("[date]", "0101_00000");
-  return text;
+    plain.text += text;
+    plain.origins.insert(plain.origins.end(), text.size(), i);
+    i += length;
+  }
+  plain.origins.push_back(path.size());
+  return plain;
 }
 
-std::string firstGroup(const std::string& text, const std::regex& expression) {
+// The first group in a path, which is masked there.
+std::string takeGroup(std::string& path, const std::regex& expression) {
+  const PlainPath plain = plainPath(path);
   std::smatch match;
-  if (!std::regex_search(text, match, expression)) return {};
-  return match.size() > 1 ? match[1].str() : match[0].str();
+  if (!std::regex_search(plain.text, match, expression) || match.length(1) == 0) return {};
+  const auto at = static_cast<std::size_t>(match.position(1));
+  const std::size_t from = plain.origins[at];
+  const std::size_t to = plain.origins[at + static_cast<std::size_t>(match.length(1))];
+  path.replace(from, to - from, kHost);
+  return match[1].str();
 }
 
 std::string fileNameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
@@ -108,15 +128,13 @@ std::string problemOfPattern(const std::string& pattern) {
 void takeHostsByPattern(const std::string& pattern, const std::vector<ResultFile>& files,
                         std::vector<Site>& sites) {
   const std::regex expression(pattern, std::regex::ECMAScript | std::regex::optimize);
-  std::unordered_set<std::string> names;
   for (Site& site : sites) {
-    for (const std::string& text :
-         {withNumbers(site.dest), withNumbers(site.source), fileNameOf(files[site.file].path)}) {
-      if (site.host.empty()) site.host = firstGroup(text, expression);
-    }
-    if (!site.host.empty()) names.insert(site.host);
+    const std::string inSource = takeGroup(site.source, expression);
+    const std::string inDest = takeGroup(site.dest, expression);
+    std::string name = fileNameOf(files[site.file].path);
+    const std::string inName = takeGroup(name, expression);
+    site.host = !inDest.empty() ? inDest : !inSource.empty() ? inSource : inName;
   }
-  maskHosts(sites, {names.begin(), names.end()});
 }
 
 void takeHostsByList(const std::vector<std::string>& names, const std::vector<ResultFile>& files,

@@ -24,7 +24,9 @@ void takeHostsByList(const std::vector<std::string>& names, const std::vector<Re
 
 /// The token of the tables' paths, else of source and dest, by which clients differ: rows of each
 /// of its values follow one another, and those of different ones do not take turns.
-void takeHostsByTokens(const std::vector<ResultFile>& files, const std::vector<RowKind>& kinds,
+///
+/// @param store  whose rows still have the indices of their sites
+void takeHostsByTokens(const std::vector<ResultFile>& files, const RowStore& store,
                        std::vector<Site>& sites);
 
 /// The text with "[host]" for each of the names that stands in it as takeHostsByList() sees it.

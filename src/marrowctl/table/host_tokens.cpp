@@ -2,109 +2,27 @@
 #include <map>
 #include <set>
 #include <string_view>
-#include <unordered_set>
+#include <unordered_map>
 
 #include "marrowctl/table/activity.h"
 #include "marrowctl/table/host_names.h"
 #include "marrowctl/table/number_places.h"
+#include "marrowctl/table/row_order.h"
+#include "marrowctl/table/token_columns.h"
 
 namespace marrowbench::ctl {
 namespace {
 
-// More different sets of names are looked at by their rows only.
+// More different sets of names are not looked at: their rows are walked over for each.
 constexpr std::size_t kMostSets = 50;
-
-using Tokens = std::vector<std::string_view>;
-using Names = std::set<std::string_view>;
-
-void appendTokens(std::string_view text, Tokens& tokens) {
-  for (;;) {
-    const std::size_t end = text.find_first_of(kTokenEnds);
-    tokens.push_back(text.substr(0, end));
-    if (end == std::string_view::npos) return;
-    text.remove_prefix(end + 1);
-  }
-}
-
-// Places at which the texts of a family differ; the same number of tokens stands in each.
-struct Column {
-  std::size_t family = 0;
-  std::size_t position = 0;
-  Names names;
-};
-
-bool isAlike(const Names& a, const Names& b) {
-  const Names& fewer = a.size() < b.size() ? a : b;
-  const Names& more = a.size() < b.size() ? b : a;
-  const auto shared = std::count_if(
-      fewer.begin(), fewer.end(), [&more](std::string_view name) { return more.count(name) != 0; });
-  return 2 * static_cast<std::size_t>(shared) >= fewer.size();
-}
+// Dates are known to a second.
+constexpr double kUnsureSeconds = 2;
 
 bool hasLetters(const Names& names) {
   return std::any_of(names.begin(), names.end(), [](std::string_view name) {
     return name.find_first_not_of("0123456789") != std::string_view::npos;
   });
 }
-
-// Sites or files with their tokens, in families of the same build.
-struct Member {
-  std::size_t family = 0;
-  Tokens tokens;
-};
-
-class Columns {
- public:
-  std::size_t familyOf(const std::string& key) {
-    return families.try_emplace(key, families.size()).first->second;
-  }
-
-  void add(std::size_t family, Tokens tokens) { members.push_back({family, std::move(tokens)}); }
-
-  void find() {
-    std::vector<std::vector<Names>> names(families.size());
-    for (const Member& member : members) {
-      names[member.family].resize(member.tokens.size());
-      for (std::size_t i = 0; i < member.tokens.size(); ++i)
-        names[member.family][i].insert(member.tokens[i]);
-    }
-    for (std::size_t family = 0; family < names.size(); ++family) {
-      for (std::size_t i = 0; i < names[family].size(); ++i) {
-        if (names[family][i].size() > 1)
-          columns.push_back({family, i, std::move(names[family][i])});
-      }
-    }
-  }
-
-  // Where a family has these names; of several places the last one, which is nearest to the file.
-  [[nodiscard]] std::map<std::size_t, std::size_t> placesOf(const Names& wanted) const {
-    std::map<std::size_t, std::size_t> places;
-    for (const Column& column : columns) {
-      if (isAlike(column.names, wanted)) places[column.family] = column.position;
-    }
-    return places;
-  }
-
-  // The name of a member; empty: it has none of them.
-  [[nodiscard]] std::string_view nameIn(const Member& member, const Names& wanted,
-                                        const std::map<std::size_t, std::size_t>& places) const {
-    const auto place = places.find(member.family);
-    if (place != places.end()) {
-      const std::string_view token = member.tokens[place->second];
-      return wanted.count(token) != 0 ? token : std::string_view();
-    }
-    const auto found =
-        std::find_if(member.tokens.rbegin(), member.tokens.rend(),
-                     [&wanted](std::string_view token) { return wanted.count(token) != 0; });
-    return found == member.tokens.rend() ? std::string_view() : *found;
-  }
-
-  std::vector<Member> members;
-  std::vector<Column> columns;
-
- private:
-  std::map<std::string, std::size_t> families;
-};
 
 // A set of names, and how many rows they account for.
 struct Choice {
@@ -120,9 +38,9 @@ bool isBetter(const Choice& a, const Choice& b) {
 
 class HostTokens {
  public:
-  HostTokens(const std::vector<ResultFile>& resultFiles, const std::vector<RowKind>& rowKinds,
+  HostTokens(const std::vector<ResultFile>& resultFiles, const RowStore& rowStore,
              std::vector<Site>& allSites)
-      : files(resultFiles), kinds(rowKinds), sites(allSites) {}
+      : files(resultFiles), store(rowStore), sites(allSites) {}
 
   void take() {
     const Choice inPaths = choosePaths();
@@ -135,15 +53,20 @@ class HostTokens {
  private:
   Choice choosePaths() {
     for (const Site& site : sites) {
-      const std::string key = keyOf(kinds[site.kind].parameters) + skeletonOf(site.source) + ' ' +
-                              skeletonOf(site.dest);
+      const std::string key = keyOf(store.kinds[site.kind].parameters) + skeletonOf(site.source) +
+                              ' ' + skeletonOf(site.dest);
       Tokens tokens;
       appendTokens(site.source, tokens);
       appendTokens(site.dest, tokens);
       paths.add(paths.familyOf(key), std::move(tokens));
     }
     paths.find();
-    return best(paths, [this](std::size_t member) { return std::vector{&sites[member]}; });
+    for (const Member& member : paths.members) families.push_back(member.family);
+    return best(
+        paths, [this](std::size_t member) { return std::vector{&sites[member]}; },
+        [this](const std::vector<std::uint32_t>& named) {
+          return orderOf(store, sites, families, named);
+        });
   }
 
   Choice chooseFiles() {
@@ -155,11 +78,37 @@ class HostTokens {
       names.add(names.familyOf(skeletonOf(file.path)), std::move(tokens));
     }
     names.find();
-    return best(names, [&ofFile](std::size_t member) { return ofFile[member]; });
+    return best(
+        names, [&ofFile](std::size_t member) { return ofFile[member]; },
+        [this](const std::vector<std::uint32_t>& named) { return orderOfFiles(named); });
   }
 
-  template <class SitesOf>
-  Choice best(const Columns& columns, SitesOf sitesOf) {
+  // Each in a table of its own, clients that ran the same test at the same time.
+  [[nodiscard]] RowOrder orderOfFiles(const std::vector<std::uint32_t>& named) const {
+    std::vector<std::uint32_t> ofSites;
+    for (const Site& site : sites) ofSites.push_back(named[site.file]);
+    RowOrder order = orderOf(store, sites, families, ofSites);
+    std::map<std::size_t, std::map<std::uint32_t, Activity>> tests;
+    for (std::size_t i = 0; i < sites.size(); ++i) {
+      if (ofSites[i] != kNone) tests[families[i]][ofSites[i]].add(sites[i]);
+    }
+    for (const auto& [family, clients] : tests) {
+      if (clients.size() > 1 && overlap(clients)) order.between = order.rows;
+    }
+    return order;
+  }
+
+  static bool overlap(const std::map<std::uint32_t, Activity>& clients) {
+    double latestStart = 0, earliestEnd = clients.begin()->second.lastEnd;
+    for (const auto& [name, activity] : clients) {
+      latestStart = std::max(latestStart, activity.firstStart);
+      earliestEnd = std::min(earliestEnd, activity.lastEnd);
+    }
+    return earliestEnd - latestStart > kUnsureSeconds;
+  }
+
+  template <class SitesOf, class OrderOf>
+  Choice best(const Columns& columns, SitesOf sitesOf, OrderOf order) {
     std::set<Names> sets;
     for (const Column& column : columns.columns) {
       if (sets.size() < kMostSets) sets.insert(column.names);
@@ -169,15 +118,21 @@ class HostTokens {
       const auto places = columns.placesOf(wanted);
       Choice choice{wanted, 0};
       Activities activities;
+      std::vector<std::uint32_t> named(columns.members.size(), kNone);
+      std::unordered_map<std::string_view, std::uint32_t> numbers;
       for (std::size_t i = 0; i < columns.members.size(); ++i) {
         const std::string_view name = columns.nameIn(columns.members[i], wanted, places);
         if (name.empty()) continue;
+        named[i] =
+            numbers.try_emplace(name, static_cast<std::uint32_t>(numbers.size())).first->second;
         for (const Site* site : sitesOf(i)) {
           activities[name].add(*site);
           choice.rows += site->rows;
         }
       }
-      if (canBeClients(activities) && isBetter(choice, chosen)) chosen = choice;
+      const RowOrder rows = order(named);
+      const bool canBe = rows.keepsLinesWhole() && canBeClients(activities, rows.mixesNames());
+      if (canBe && isBetter(choice, chosen)) chosen = choice;
     }
     return chosen;
   }
@@ -225,9 +180,9 @@ class HostTokens {
 
   // The places of each family that hold such names.
   [[nodiscard]] std::vector<std::set<std::size_t>> positionsOf(const Names& wanted) const {
-    std::size_t families = 0;
-    for (const Member& member : paths.members) families = std::max(families, member.family + 1);
-    std::vector<std::set<std::size_t>> positions(families);
+    std::size_t count = 0;
+    for (const Member& member : paths.members) count = std::max(count, member.family + 1);
+    std::vector<std::set<std::size_t>> positions(count);
     for (const Column& column : paths.columns) {
       if (isAlike(column.names, wanted)) positions[column.family].insert(column.position);
     }
@@ -256,17 +211,18 @@ class HostTokens {
   }
 
   const std::vector<ResultFile>& files;
-  const std::vector<RowKind>& kinds;
+  const RowStore& store;
   std::vector<Site>& sites;
+  std::vector<std::size_t> families;  // of sites
   Columns paths;
   Columns names;
 };
 
 }  // namespace
 
-void takeHostsByTokens(const std::vector<ResultFile>& files, const std::vector<RowKind>& kinds,
+void takeHostsByTokens(const std::vector<ResultFile>& files, const RowStore& store,
                        std::vector<Site>& sites) {
-  HostTokens(files, kinds, sites).take();
+  HostTokens(files, store, sites).take();
 }
 
 }  // namespace marrowbench::ctl

@@ -11,7 +11,7 @@ namespace marrowbench::ctl {
 namespace {
 
 // Enough to see how a number goes on from row to row.
-constexpr std::uint64_t kRowsLookedAt = 200'000;
+constexpr std::uint64_t kRowsLookedAt = 100'000;
 constexpr double kMostBreaks = 0.1;
 constexpr std::size_t kMostCandidates = 64;
 constexpr std::int64_t kTwoDays = 2 * 86400;

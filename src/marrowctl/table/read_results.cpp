@@ -49,7 +49,7 @@ void takeHostsFrom(const ReadOptions& options, ResultSet& set, std::vector<Site>
   if (!options.hostPattern.empty())
     return takeHostsByPattern(options.hostPattern, set.files, sites);
   if (!options.hosts.empty()) return takeHostsByList(options.hosts, set.files, sites);
-  takeHostsByTokens(set.files, set.store.kinds, sites);
+  takeHostsByTokens(set.files, set.store, sites);
 }
 
 void assign(const ReadOptions& options, ResultSet& set) {
