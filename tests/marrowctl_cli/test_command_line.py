@@ -32,8 +32,8 @@ def test_version_is_that_of_the_project(ctl, level):
 def test_example_of_the_help_can_be_typed(ctl, level):
     example = re.search(r"\nExample: .*\n  marrowctl (.*)\n", ctl.run(*level, "--help").stdout)[1]
     ctl.good("first.bst")
-    ctl.write("many_clients.bst", "posix;0;0;0;64;0;65536;4;0;MEMORY;/share/data_[host]/file_[iter].bin;"
-              "log.txt;results.csv;true\n")
+    ctl.write("many_clients.bst", "posix;0;0;0;64;0;65536;4;0;MEMORY;[cfgPath]data_[host]/file_[iter].bin;"
+              "[cfgPath]log.txt;[cfgPath]results.csv;true\n")
     for name in ("results.csv", "before.csv", "after.csv"):
         write(ctl.folder / name, perfect_fleet(clients=20))
     done = subprocess.run(["sh", "-c", f'"$@" {example}', "sh", *COMMAND], cwd=ctl.folder,
@@ -72,7 +72,7 @@ MOST = "no number from 1 to 1000000000"
     ("report", "marrowctl report: name a results table"),
     ("report a.bst", "marrowctl report: name a results table"),
     ("report --tydi a.csv", "marrowctl report: unknown option --tydi; did you mean --tidy?"),
-    ("report --tidy --json a.csv", "marrowctl report: --tidy excludes --json"),
+    ("report --tidy --json a.csv", "marrowctl report: --json excludes --tidy"),
     ("report --link 10 a.csv", "marrowctl report: --link: 10 is no speed such as 10G or 100M"),
     ("report --gap 0 a.csv", "marrowctl report: --gap: 0 is no number from 1 to 525600"),
     ("report --host-pattern x a.csv",
