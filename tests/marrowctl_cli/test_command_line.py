@@ -32,10 +32,11 @@ def test_version_is_that_of_the_project(ctl, level):
 def test_example_of_the_help_can_be_typed(ctl, level):
     example = re.search(r"\nExample: .*\n  marrowctl (.*)\n", ctl.run(*level, "--help").stdout)[1]
     ctl.good("first.bst")
-    ctl.write("many_clients.bst", "posix;0;0;0;64;0;65536;4;0;MEMORY;[cfgPath]data_[host]/file_[iter].bin;"
-              "[cfgPath]log.txt;[cfgPath]results.csv;true\n")
+    data = f"{ctl.folder}/data_"
+    ctl.write("many_clients.bst", f"posix;0;0;0;64;0;65536;4;0;MEMORY;{data}[host]/file_[iter].bin;"
+              f"{ctl.folder}/log.txt;{ctl.folder}/results.csv;true\n")
     for name in ("results.csv", "before.csv", "after.csv"):
-        write(ctl.folder / name, perfect_fleet(clients=20))
+        write(ctl.folder / name, perfect_fleet(clients=20, dest=data + "{host}/file_{iteration}.bin"))
     done = subprocess.run(["sh", "-c", f'"$@" {example}', "sh", *COMMAND], cwd=ctl.folder,
                           capture_output=True, text=True)
     assert done.returncode == 0, done.stderr
