@@ -4,7 +4,7 @@ import shutil
 import statistics
 from dataclasses import dataclass
 
-from companion import companion_check, companion_start
+from companion import companion_check, companion_report, companion_start
 from programs import (GIB, KIB, MIB, Marrowbench, Unavailable, bare_loop_pairs, dd_ms, fio_ms,
                       in_process, line, peak_kib, reported_times, tool, wall_ms)
 from samples import NO_TARGET, Figure, alternate, at_least, at_most, ratios
@@ -26,12 +26,15 @@ class Scale:
     tables: tuple          # bytes of the tables that rows are appended to
     checked_lines: int     # lines that marrowctl checks for one client
     checked_hosts: int     # clients that it checks 200 lines for
+    reported_rows: tuple   # rows of the tables that it judges
 
 
 FULL = Scale(rounds=15, times=5, file=256 * MIB, large=GIB, fill=GIB, starts=100, iterations=1000,
-             tables=(KIB, 100 * MIB, GIB), checked_lines=10000, checked_hosts=500)
+             tables=(KIB, 100 * MIB, GIB), checked_lines=10000, checked_hosts=500,
+             reported_rows=(1_000_000, 10_000_000))
 SMOKE = Scale(rounds=2, times=2, file=8 * MIB, large=8 * MIB, fill=64 * KIB, starts=2, iterations=10,
-              tables=(KIB, MIB), checked_lines=400, checked_hosts=5)
+              tables=(KIB, MIB), checked_lines=400, checked_hosts=5,
+              reported_rows=(10_000,))
 
 
 class Bench:
@@ -305,4 +308,4 @@ def over_table_size(bench):
 
 GROUPS = (fill, first_read, against_bare_loop, against_fio, one_block, against_dd, loop_cost,
           start_to_exit, peak_memory, outside_the_span, over_lines, over_table_size, companion_start,
-          companion_check)
+          companion_check, companion_report)

@@ -15,6 +15,10 @@ function __marrowctl_settings_files
     complete -C "__marrowctl_unknown_command "(commandline -ct) | string match -ir '^.*(?:/|\.bst)$'
 end
 
+function __marrowctl_tables
+    complete -C "__marrowctl_unknown_command "(commandline -ct) | string match -ir '^.*(?:/|\.csv)$'
+end
+
 set -l findings unknown-allow unknown-method bad-number empty-field line-too-long too-many-tests \
     unintended-chain behind-chain chain-missing chain-cycle not-a-settings-name path-too-long folder-refused \
     folder-complaint exists-already whole-copy-refused copies-onto-itself memory-to-memory negative-size \
@@ -25,6 +29,8 @@ set -l findings unknown-allow unknown-method bad-number empty-field line-too-lon
 complete -c marrowctl -f
 complete -c marrowctl -n __marrowctl_has_none -a check -d 'say what settings files will do, and what is wrong'
 complete -c marrowctl -n __marrowctl_has_none -a sweep -d 'write settings files from a matrix'
+complete -c marrowctl -n __marrowctl_has_none -a report -d 'say what results tables hold'
+complete -c marrowctl -n __marrowctl_has_none -a compare -d 'say which tests of two runs became faster or slower'
 complete -c marrowctl -s h -l help -d 'show help'
 complete -c marrowctl -l version -d 'show the version'
 
@@ -54,3 +60,19 @@ complete -c marrowctl -n '__marrowctl_has_command sweep' -l table -rF -d 'result
 complete -c marrowctl -n '__marrowctl_has_command sweep' -l neighbour -rF -d 'clients, each of which reads the files of the next'
 complete -c marrowctl -n '__marrowctl_has_command sweep' -l output -x -a '(__marrowctl_settings_files)' -d 'settings file to be written'
 complete -c marrowctl -n '__marrowctl_has_command sweep' -l force -d 'overwrite what is there'
+
+for command in report compare
+    set -l chosen "__marrowctl_has_command $command"
+    complete -c marrowctl -n $chosen -l settings -x -a '(__marrowctl_settings_files)' -d 'settings file that was run'
+    complete -c marrowctl -n $chosen -l hosts -rF -d 'clients: a file, or names'
+    complete -c marrowctl -n $chosen -l host-pattern -x -d 'where names of clients stand'
+    complete -c marrowctl -n $chosen -l gap -x -d 'minutes after which a new run begins'
+    complete -c marrowctl -n $chosen -l all-runs -d 'take all runs together'
+    complete -c marrowctl -n $chosen -l json -d 'one JSON document'
+    complete -c marrowctl -n $chosen -a '(__marrowctl_tables)'
+end
+complete -c marrowctl -n '__marrowctl_has_command report' -l clients -x -d 'how many clients there should be'
+complete -c marrowctl -n '__marrowctl_has_command report' -l done -x -a '(__fish_complete_directories)' -d 'where the done markers are'
+complete -c marrowctl -n '__marrowctl_has_command report' -l link -x -d "speed of each client's link"
+complete -c marrowctl -n '__marrowctl_has_command report' -l tidy -d 'a clean table'
+complete -c marrowctl -n '__marrowctl_has_command compare' -l fail-if-slower -x -d 'exit status 3 beyond this'

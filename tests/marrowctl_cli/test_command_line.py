@@ -7,9 +7,10 @@ import subprocess
 import pytest
 
 from conftest import COMMAND, ROOT
+from tables import perfect_fleet, write
 
 VERSION = re.search(r"^project\(.* VERSION ([\d.]+)", (ROOT / "CMakeLists.txt").read_text(), re.M)[1]
-LEVELS = [[], ["check"], ["sweep"]]
+LEVELS = [[], ["check"], ["sweep"], ["report"], ["compare"]]
 
 
 @pytest.mark.parametrize("level", LEVELS)
@@ -31,7 +32,11 @@ def test_version_is_that_of_the_project(ctl, level):
 def test_example_of_the_help_can_be_typed(ctl, level):
     example = re.search(r"\nExample: .*\n  marrowctl (.*)\n", ctl.run(*level, "--help").stdout)[1]
     ctl.good("first.bst")
-    ctl.good("many_clients.bst")
+    data = f"{ctl.folder}/data_"
+    ctl.write("many_clients.bst", f"posix;0;0;0;64;0;65536;4;0;MEMORY;{data}[host]/file_[iter].bin;"
+              f"{ctl.folder}/log.txt;{ctl.folder}/results.csv;true\n")
+    for name in ("results.csv", "before.csv", "after.csv"):
+        write(ctl.folder / name, perfect_fleet(clients=20, dest=data + "{host}/file_{iteration}.bin"))
     done = subprocess.run(["sh", "-c", f'"$@" {example}', "sh", *COMMAND], cwd=ctl.folder,
                           capture_output=True, text=True)
     assert done.returncode == 0, done.stderr
@@ -65,6 +70,17 @@ MOST = "no number from 1 to 1000000000"
     ("check --json --format gcc a.bst", "marrowctl check: --json excludes --format"),
     ("check --hosts c[3-1] a.bst", "marrowctl check: --hosts: [3-1] is no range of numbers"),
     ("check --explain no-logs", "marrowctl check: no finding is called no-logs; did you mean no-log?"),
+    ("report", "marrowctl report: name a results table"),
+    ("report a.bst", "marrowctl report: name a results table"),
+    ("report --tydi a.csv", "marrowctl report: unknown option --tydi; did you mean --tidy?"),
+    ("report --tidy --json a.csv", "marrowctl report: --json excludes --tidy"),
+    ("report --link 10 a.csv", "marrowctl report: --link: 10 is no speed such as 10G or 100M"),
+    ("report --gap 0 a.csv", "marrowctl report: --gap: 0 is no number from 1 to 525600"),
+    ("report --host-pattern x a.csv",
+     "marrowctl report: --host-pattern: it has no group: put ( ) around the host"),
+    ("compare a.csv", "marrowctl compare: name two tables: the old one and the new one"),
+    ("compare a.csv b.csv --fail-if-slower x",
+     "marrowctl compare: --fail-if-slower: x is no number from 0 to 100"),
     ("sweep x.bst", "marrowctl sweep: too much: x.bst"),
     ("sweep --outptu x.bst", "marrowctl sweep: unknown option --outptu; did you mean --output?"),
     ("sweep --chunk 4Q", "marrowctl sweep: --chunk: "),

@@ -9,13 +9,14 @@ from shells import COMPLETION, SHELLS, TYPED, needs, offered, offered_by_fish, t
 
 FINDINGS = set(re.findall(r"^\.It Cm ([a-z-]+) Pq [EWN]$",
                           (ROOT / "docs/man/marrowctl-check.1").read_text(), re.M))
+COMMANDS = ["check", "sweep", "report", "compare"]
 SCRIPTS = {"bash": COMPLETION / "marrowctl", "zsh": COMPLETION / "_marrowctl",
            "fish": COMPLETION / "marrowctl.fish"}
 
 
 @pytest.fixture
 def folder(ctl):
-    for name in ("run.bst", "Run2.BST", "notes.txt", "sub/deep.bst"):
+    for name in ("run.bst", "Run2.BST", "notes.txt", "sub/deep.bst", "results.csv"):
         ctl.write(name, "")
     (ctl.folder.parent / "home").mkdir()
     return ctl.folder
@@ -23,7 +24,7 @@ def folder(ctl):
 
 def options_of(ctl, command):
     """The options that the program itself knows."""
-    return set(re.findall(r"^  (?:-\w,)?(--[a-z]+)", ctl.run(command, "--help").stdout, re.M))
+    return set(re.findall(r"^  (?:-\w,)?(--[a-z-]+)", ctl.run(command, "--help").stdout, re.M))
 
 
 def findings_of_the_program():
@@ -42,11 +43,11 @@ def test_every_finding_of_the_page_can_be_explained(ctl):
     assert [name for name in FINDINGS if ctl.run("check", "--explain", name).returncode != 0] == []
 
 
-@pytest.mark.parametrize("command", ["check", "sweep"])
+@pytest.mark.parametrize("command", COMMANDS)
 def test_manual_page_has_every_option(ctl, command):
     page = (ROOT / f"docs/man/marrowctl-{command}.1").read_text()
     items = " ".join(re.findall(r"^\.It (Fl .*)", page, re.M))
-    named = {f"--{name}" for name in re.findall(r"Fl -([a-z]+)", items)}
+    named = {f"--{name}" for name in re.findall(r"Fl -([a-z-]+)", items)}
     assert named == options_of(ctl, command) - {"--help", "--version"}
 
 
@@ -60,18 +61,18 @@ def test_script_names_every_finding_once(shell):
 def test_commands_are_offered(folder, shell):
     # Beside the names zsh shows what they are for.
     shown = {name for name in offered(shell, folder, "marrowctl ") if not name.startswith("-- ")}
-    assert {"check", "sweep"} <= shown <= {"check", "sweep", "--help", "--version", "-h"}
+    assert set(COMMANDS) <= shown <= {*COMMANDS, "--help", "--version", "-h"}
 
 
 @pytest.mark.parametrize("shell", TYPED)
-@pytest.mark.parametrize("command", ["check", "sweep"])
+@pytest.mark.parametrize("command", COMMANDS)
 def test_options_are_offered(ctl, folder, shell, command):
     needs(shell)
     shown = typed(shell, folder, f"marrowctl {command} --\t\t")
-    assert options_of(ctl, command) <= set(re.findall(r"--[a-z]+", shown))
+    assert options_of(ctl, command) <= set(re.findall(r"--[a-z]+(?:-[a-z]+)*", shown))
 
 
-@pytest.mark.parametrize("command", ["check", "sweep"])
+@pytest.mark.parametrize("command", COMMANDS)
 def test_fish_offers_options(ctl, folder, command):
     needs("fish")
     assert offered_by_fish(folder, f"marrowctl {command} --") == options_of(ctl, command)
@@ -80,6 +81,13 @@ def test_fish_offers_options(ctl, folder, command):
 @pytest.mark.parametrize("shell", SHELLS)
 def test_settings_files_and_folders_are_offered(folder, shell):
     assert offered(shell, folder, "marrowctl check ") == {"run.bst", "Run2.BST", "sub"}
+
+
+@pytest.mark.parametrize("shell", SHELLS)
+@pytest.mark.parametrize("command", ["report", "compare"])
+def test_tables_and_folders_are_offered(folder, shell, command):
+    assert offered(shell, folder, f"marrowctl {command} ") == {"results.csv", "sub"}
+    assert offered(shell, folder, f"marrowctl {command} --settings ") == {"run.bst", "Run2.BST", "sub"}
 
 
 @pytest.mark.parametrize("shell", SHELLS)

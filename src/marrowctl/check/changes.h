@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "marrowctl/plan/method_names.h"
 #include "marrowctl/plan/plan.h"
 
 namespace marrowbench::ctl {
@@ -21,11 +22,6 @@ struct Change {
 
 /// In the order of the fields.
 [[nodiscard]] std::vector<Change> changesOf(const PlannedTest& test);
-
-/// "write", "read" or "copy".
-[[nodiscard]] std::string_view nameOf(TestType type);
-/// As a settings line has it: "Posix".
-[[nodiscard]] std::string_view nameOf(Method method);
 
 }  // namespace marrowbench::ctl
 

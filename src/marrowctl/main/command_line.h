@@ -2,6 +2,7 @@
 #define MARROWBENCH_MARROWCTL_MAIN_COMMAND_LINE_H
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <variant>
@@ -33,8 +34,37 @@ struct SweepCommand {
   bool overwrites = false;
 };
 
+enum class ReportFormat { text, json, tidy };
+
+/// Where rows are, and whose: what "report" and "compare" share.
+struct TableOptions {
+  std::vector<std::string> settings;   ///< settings files that were run; empty: not known
+  std::vector<std::string> hostLists;  ///< clients, as readHostList() takes them
+  std::string hostPattern;             ///< empty: none
+  std::int64_t gapMinutes = 30;
+  bool allRuns = false;
+};
+
+/// The options of "marrowctl report".
+struct ReportCommand {
+  std::vector<std::string> tables;  ///< files, folders, patterns, or "-"
+  TableOptions from;
+  std::int64_t clients = 0;  ///< that there should be; 0: not known
+  std::string doneFolder;    ///< of done markers; empty: not looked at
+  std::string link;          ///< speed of a client's link: "10G"; empty: not known
+  ReportFormat format = ReportFormat::text;
+};
+
+/// The options of "marrowctl compare".
+struct CompareCommand {
+  std::string oldTables, newTables;
+  TableOptions from;
+  bool isJson = false;
+  std::optional<double> failIfSlower;  ///< percent
+};
+
 /// An Outcome when there is nothing left to do: help, the version, or what is wrong with the usage.
-using Command = std::variant<Outcome, CheckCommand, SweepCommand>;
+using Command = std::variant<Outcome, CheckCommand, SweepCommand, ReportCommand, CompareCommand>;
 
 /// What the arguments behind the program's name ask for.
 [[nodiscard]] Command readCommandLine(std::span<char* const> arguments);

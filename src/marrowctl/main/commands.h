@@ -13,6 +13,13 @@ namespace marrowbench::ctl {
 /// Writes settings files, or puts one into the outcome's output.
 [[nodiscard]] Outcome runSweep(const SweepCommand& command);
 
+/// Reads tables and judges them. Writes tidy rows to the standard output itself: they may be more
+/// than fits the memory. Shows progress on the standard error where that is a terminal.
+[[nodiscard]] Outcome runReport(const ReportCommand& command);
+
+/// Reads two sets of tables and compares their tests.
+[[nodiscard]] Outcome runCompare(const CompareCommand& command);
+
 }  // namespace marrowbench::ctl
 
 #endif

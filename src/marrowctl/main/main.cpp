@@ -17,6 +17,9 @@ namespace {
 Outcome run(const Command& command) {
   if (const auto* const check = std::get_if<CheckCommand>(&command)) return runCheck(*check);
   if (const auto* const sweep = std::get_if<SweepCommand>(&command)) return runSweep(*sweep);
+  if (const auto* const report = std::get_if<ReportCommand>(&command)) return runReport(*report);
+  if (const auto* const compare = std::get_if<CompareCommand>(&command))
+    return runCompare(*compare);
   return std::get<Outcome>(command);
 }
 

@@ -8,6 +8,7 @@ enum ExitStatus : int {
   done = 0,         ///< done, and clean
   answerIsNo = 1,   ///< done, and the answer is "no": warnings under --strict, say
   notDone = 2,      ///< it could not be done: unreadable input, errors in a settings file
+  isSlower = 3,     ///< a comparison found a loss beyond the limit
   wrongUsage = 64,  ///< of the command line
 };
 

@@ -1,6 +1,7 @@
 #include "marrowctl/support/json_writer.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 
 #include "marrowctl/support/utf8.h"
@@ -49,6 +50,12 @@ JsonWriter& JsonWriter::value(std::string_view text) {
 }
 
 JsonWriter& JsonWriter::value(std::int64_t number) { return literal(std::to_string(number)); }
+
+std::string JsonWriter::shortest(double number) {
+  char digits[32];
+  const auto [end, code] = std::to_chars(digits, digits + sizeof digits, number);
+  return {digits, end};
+}
 
 JsonWriter& JsonWriter::begin(char bracket) {
   separate();

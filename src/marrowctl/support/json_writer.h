@@ -4,6 +4,7 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,8 +29,16 @@ class JsonWriter {
   JsonWriter& value(std::string_view text);
   JsonWriter& value(const char* text) { return value(std::string_view(text)); }
   JsonWriter& value(std::int64_t number);
+  /// In as few digits as tell it from every other number. @pre it is finite
+  JsonWriter& value(std::same_as<double> auto number) { return literal(shortest(number)); }
   JsonWriter& value(std::same_as<bool> auto truth) { return literal(truth ? "true" : "false"); }
   JsonWriter& null() { return literal("null"); }
+
+  /// The value, or null where there is none.
+  template <class Value>
+  JsonWriter& value(const std::optional<Value>& content) {
+    return content ? value(*content) : null();
+  }
 
   /// key() and value() at once.
   template <class Value>
@@ -41,6 +50,7 @@ class JsonWriter {
   JsonWriter& begin(char bracket);
   JsonWriter& end(char bracket);
   JsonWriter& literal(std::string_view text);
+  [[nodiscard]] static std::string shortest(double number);
   void separate();
   void breakLine();
   void quote(std::string_view text);

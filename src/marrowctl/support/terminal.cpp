@@ -23,6 +23,19 @@ bool isDumb() {
   return terminal != nullptr && std::string_view(terminal) == "dumb";
 }
 
+// By the variable that decides, as the system does.
+bool isUtf8Locale() {
+  for (const char* const variable : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+    if (!isSet(variable)) continue;
+    const std::string_view locale = std::getenv(variable);
+    for (const char* const name : {"UTF-8", "utf8", "utf-8", "UTF8"}) {
+      if (locale.find(name) != std::string_view::npos) return true;
+    }
+    return false;
+  }
+  return false;
+}
+
 std::string_view codeOf(Tone tone) {
   switch (tone) {
     case Tone::plain: return "";
@@ -42,6 +55,7 @@ bool isTerminal(std::FILE* file) { return isatty(fileno(file)) == 1; }
 
 TextStyle styleOf(std::FILE* file) {
   TextStyle style;
+  style.hasBlocks = isUtf8Locale();
   if (!isTerminal(file)) return style;
   style.hasColour = !isSet("NO_COLOR") && !isDumb();
   struct winsize size {};

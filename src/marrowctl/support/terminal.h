@@ -11,12 +11,13 @@ namespace marrowbench::ctl {
 struct TextStyle {
   bool hasColour = false;
   int width = 100;  ///< columns
+  bool hasBlocks = false;  ///< bars may be drawn with block characters
 };
 
 [[nodiscard]] bool isTerminal(std::FILE* file);
 
 /// Colour on a terminal, unless NO_COLOR is set and not empty or TERM is "dumb"; the terminal's
-/// width, 100 columns where there is none.
+/// width, 100 columns where there is none. Block characters where the locale's characters are UTF-8.
 [[nodiscard]] TextStyle styleOf(std::FILE* file);
 
 enum class Tone { plain, strong, faint, red, yellow, cyan, green };

@@ -1,0 +1,157 @@
+#include "marrowctl/table/host_names.h"
+
+#include <algorithm>
+#include <regex>
+#include <string_view>
+#include <unordered_set>
+
+namespace marrowbench::ctl {
+namespace {
+
+constexpr const char* kHost = "[host]";
+
+bool isLetterOrDigit(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+}
+
+using NameSet = std::unordered_set<std::string_view>;
+
+struct Found {
+  std::size_t position = std::string::npos;
+  std::size_t length = 0;
+};
+
+// The first name at or behind a position; of several at one place the longest.
+Found findName(std::string_view text, std::size_t from, const NameSet& names, std::size_t longest) {
+  for (std::size_t i = from; i < text.size(); ++i) {
+    const bool isStart = isLetterOrDigit(text[i]) && (i == 0 || !isLetterOrDigit(text[i - 1]));
+    if (!isStart) continue;
+    for (std::size_t length = std::min(longest, text.size() - i); length > 0; --length) {
+      const bool isEnd = i + length == text.size() || !isLetterOrDigit(text[i + length]);
+      if (isEnd && names.count(text.substr(i, length)) != 0) return {i, length};
+    }
+  }
+  return {};
+}
+
+class NameFinder {
+ public:
+  explicit NameFinder(const std::vector<std::string>& list) : names(list.begin(), list.end()) {
+    for (const std::string& name : list) longest = std::max(longest, name.size());
+  }
+
+  [[nodiscard]] std::string longestIn(std::string_view text) const {
+    std::string_view best;
+    for (std::size_t from = 0;;) {
+      const Found found = findName(text, from, names, longest);
+      if (found.length == 0) return std::string(best);
+      if (found.length > best.size()) best = text.substr(found.position, found.length);
+      from = found.position + found.length;
+    }
+  }
+
+  [[nodiscard]] std::string without(std::string_view text) const {
+    std::string result;
+    for (;;) {
+      const Found found = findName(text, 0, names, longest);
+      result += text.substr(0, found.position);
+      if (found.length == 0) return result;
+      result += kHost;
+      text.remove_prefix(found.position + found.length);
+    }
+  }
+
+ private:
+  NameSet names;
+  std::size_t longest = 0;
+};
+
+// A path as a row has it, for patterns that count digits.
+struct PlainPath {
+  std::string text;
+  std::vector<std::size_t> origins;  // for each character its place in the site's path
+};
+
+PlainPath plainPath(const std::string& path) {
+  constexpr std::pair<std::string_view, std::string_view> kNumbers[] = {{"[iter]", "0"},
+                                                                        {"[date]", "0101_00000"}};
+  PlainPath plain;
+  for (std::size_t i = 0; i < path.size();) {
+    std::string_view text = std::string_view(path).substr(i, 1);
+    std::size_t length = 1;
+    for (const auto& [placeholder, number] : kNumbers) {
+      if (!std::string_view(path).substr(i).starts_with(placeholder)) continue;
+      text = number;
+      length = placeholder.size();
+    }
+    plain.text += text;
+    plain.origins.insert(plain.origins.end(), text.size(), i);
+    i += length;
+  }
+  plain.origins.push_back(path.size());
+  return plain;
+}
+
+// The first group in a path, which is masked there.
+std::string takeGroup(std::string& path, const std::regex& expression) {
+  const PlainPath plain = plainPath(path);
+  std::smatch match;
+  if (!std::regex_search(plain.text, match, expression) || match.length(1) == 0) return {};
+  const auto at = static_cast<std::size_t>(match.position(1));
+  const std::size_t from = plain.origins[at];
+  const std::size_t to = plain.origins[at + static_cast<std::size_t>(match.length(1))];
+  path.replace(from, to - from, kHost);
+  return match[1].str();
+}
+
+std::string fileNameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+
+void maskHosts(std::vector<Site>& sites, const std::vector<std::string>& names) {
+  const NameFinder finder(names);
+  for (Site& site : sites) {
+    site.source = finder.without(site.source);
+    site.dest = finder.without(site.dest);
+  }
+}
+
+}  // namespace
+
+std::string problemOfPattern(const std::string& pattern) {
+  try {
+    const std::regex expression(pattern, std::regex::ECMAScript);
+    return expression.mark_count() == 0 ? "it has no group: put ( ) around the host" : "";
+  } catch (const std::regex_error& problem) {
+    return problem.what();
+  }
+}
+
+void takeHostsByPattern(const std::string& pattern, const std::vector<ResultFile>& files,
+                        std::vector<Site>& sites) {
+  const std::regex expression(pattern, std::regex::ECMAScript | std::regex::optimize);
+  for (Site& site : sites) {
+    const std::string inSource = takeGroup(site.source, expression);
+    const std::string inDest = takeGroup(site.dest, expression);
+    std::string name = fileNameOf(files[site.file].path);
+    const std::string inName = takeGroup(name, expression);
+    site.host = !inDest.empty() ? inDest : !inSource.empty() ? inSource : inName;
+  }
+}
+
+void takeHostsByList(const std::vector<std::string>& names, const std::vector<ResultFile>& files,
+                     std::vector<Site>& sites) {
+  const NameFinder finder(names);
+  for (Site& site : sites) {
+    // A client may read the files of another one, but writes its own table.
+    if (files.size() > 1) site.host = finder.longestIn(fileNameOf(files[site.file].path));
+    if (site.host.empty()) site.host = finder.longestIn(site.dest);
+    if (site.host.empty()) site.host = finder.longestIn(site.source);
+    if (site.host.empty() && files.size() > 1) site.host = finder.longestIn(files[site.file].path);
+  }
+  maskHosts(sites, names);
+}
+
+std::string withoutHosts(const std::string& text, const std::vector<std::string>& names) {
+  return NameFinder(names).without(text);
+}
+
+}  // namespace marrowbench::ctl

@@ -1,0 +1,73 @@
+#include "marrowctl/table/path_shape.h"
+
+#include <algorithm>
+
+namespace marrowbench::ctl {
+namespace {
+
+constexpr Digits kTen = 10;
+
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+}  // namespace
+
+std::string textOf(Digits digits) { return std::to_string(digits).substr(1); }
+
+std::int64_t valueOf(Digits digits) {
+  Digits power = 1;
+  while (power <= digits / kTen) power *= kTen;
+  return static_cast<std::int64_t>(digits - power);
+}
+
+bool hasLeadingZero(Digits digits) {
+  const std::string text = textOf(digits);
+  return text.size() > 1 && text.front() == '0';
+}
+
+bool appendShape(std::string_view text, std::string& shape, std::vector<Digits>& numbers) {
+  // Most of the time that a row takes is spent here: no call for each character.
+  const std::size_t before = shape.size();
+  shape.resize(before + text.size());
+  char* out = shape.data() + before;
+  const char* const end = text.data() + text.size();
+  for (const char* at = text.data(); at != end;) {
+    if (!isDigit(*at)) {
+      if (*at == kNumberMark) return false;
+      *out++ = *at++;
+      continue;
+    }
+    Digits digits = 1;
+    const char* const last =
+        end - at > static_cast<std::ptrdiff_t>(kDigitsOfNumber) ? at + kDigitsOfNumber : end;
+    for (; at != last && isDigit(*at); ++at)
+      digits = digits * kTen + static_cast<Digits>(*at - '0');
+    *out++ = kNumberMark;
+    numbers.push_back(digits);
+  }
+  shape.resize(static_cast<std::size_t>(out - shape.data()));
+  return true;
+}
+
+std::string filledShape(std::string_view shape, const Digits*& numbers) {
+  std::string text;
+  for (const char c : shape) {
+    if (c == kNumberMark)
+      text += textOf(*numbers++);
+    else
+      text += c;
+  }
+  return text;
+}
+
+std::size_t marksIn(std::string_view shape) {
+  return static_cast<std::size_t>(std::count(shape.begin(), shape.end(), kNumberMark));
+}
+
+void appendPacked(std::uint64_t number, std::vector<std::uint8_t>& bytes) {
+  for (; number >= 0x80U; number >>= 7U) {
+    bytes.push_back(static_cast<std::uint8_t>(number | 0x80U));
+  }
+  bytes.push_back(static_cast<std::uint8_t>(number));
+}
+
+}  // namespace marrowbench::ctl

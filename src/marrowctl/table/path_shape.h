@@ -1,0 +1,58 @@
+#ifndef MARROWBENCH_MARROWCTL_TABLE_PATH_SHAPE_H
+#define MARROWBENCH_MARROWCTL_TABLE_PATH_SHAPE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Millions of rows have different paths, but few of them differ in more than their numbers. A text
+/// is kept as its shape, which many rows share, and the numbers that are left out of it.
+namespace marrowbench::ctl {
+
+/// Stands in a shape where a number is left out. In a path or an error text it means nothing.
+inline constexpr char kNumberMark = '\x01';
+
+/// Longer runs of digits count as several numbers.
+inline constexpr std::size_t kDigitsOfNumber = 18;
+
+/// Digits of one number, with its leading zeros: "1" and the digits, as a decimal number.
+using Digits = std::uint64_t;
+
+/// The digits as text. @pre made by appendShape()
+[[nodiscard]] std::string textOf(Digits digits);
+
+/// The number that the digits mean, 7 for "007".
+[[nodiscard]] std::int64_t valueOf(Digits digits);
+
+/// True when the digits begin with a needless zero.
+[[nodiscard]] bool hasLeadingZero(Digits digits);
+
+/// Appends the shape of a text to `shape` and its numbers to `numbers`.
+///
+/// @return false when the text holds a kNumberMark of its own: it has no shape then
+[[nodiscard]] bool appendShape(std::string_view text, std::string& shape,
+                               std::vector<Digits>& numbers);
+
+/// The text of a shape. @param numbers  as many as there are marks; moved behind those that it took
+[[nodiscard]] std::string filledShape(std::string_view shape, const Digits*& numbers);
+
+[[nodiscard]] std::size_t marksIn(std::string_view shape);
+
+/// Appends a number in as few bytes as it needs: seven bits in each, the lowest first.
+void appendPacked(std::uint64_t number, std::vector<std::uint8_t>& bytes);
+
+/// The number at `bytes`, which is moved behind it.
+[[nodiscard]] inline std::uint64_t takePacked(const std::uint8_t*& bytes) {
+  std::uint64_t number = 0;
+  for (unsigned shift = 0;; shift += 7) {
+    const std::uint8_t byte = *bytes++;
+    number |= std::uint64_t{byte & 0x7FU} << shift;
+    if (byte < 0x80U) return number;
+  }
+}
+
+}  // namespace marrowbench::ctl
+
+#endif

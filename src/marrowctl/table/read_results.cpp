@@ -1,0 +1,86 @@
+#include "marrowctl/table/read_results.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "marrowctl/table/assignment.h"
+#include "marrowctl/table/host_names.h"
+#include "marrowctl/table/number_roles.h"
+#include "marrowctl/table/settings_lines.h"
+#include "marrowctl/table/sites.h"
+#include "marrowctl/table/table_file.h"
+#include "marrowctl/table/table_names.h"
+
+namespace marrowbench::ctl {
+namespace {
+
+std::uint64_t bytesOf(const std::vector<std::string>& files) {
+  std::uint64_t bytes = 0;
+  for (const std::string& file : files) {
+    std::error_code problem;
+    const std::uint64_t size = std::filesystem::file_size(file, problem);
+    if (!problem) bytes += size;
+  }
+  return bytes;
+}
+
+std::string readFiles(const ReadOptions& options, ResultSet& set) {
+  const TableNames names = tableNames(options.tables);
+  if (!names.problem.empty()) return names.problem;
+  TableReader::Progress progress;
+  if (options.progress) {
+    progress = [&options, all = bytesOf(names.files), done = std::uint64_t{0}](
+                   std::uint64_t more) mutable { options.progress(done += more, all); };
+  }
+  TableReader reader(set, progress);
+  for (const std::string& file : names.files) {
+    std::string problem = reader.read(file);
+    if (!problem.empty()) return problem;
+  }
+  set.store.finish();
+  set.readRows = set.store.size();
+  if (set.readRows != 0) return {};
+  const std::string& first = set.files.front().path;
+  return first + (set.files.size() == 1 ? ": no usable row is in it"
+                                        : " and the other tables: no usable row is in them");
+}
+
+void takeHostsFrom(const ReadOptions& options, ResultSet& set, std::vector<Site>& sites) {
+  if (!options.hostPattern.empty())
+    return takeHostsByPattern(options.hostPattern, set.files, sites);
+  if (!options.hosts.empty()) return takeHostsByList(options.hosts, set.files, sites);
+  takeHostsByTokens(set.files, set.store, sites);
+}
+
+void assign(const ReadOptions& options, ResultSet& set) {
+  NumberRoles roles = rolesOf(set.store);
+  if (options.plan == nullptr) {
+    std::vector<Site> sites = takeSites(set.store, roles);
+    takeHostsFrom(options, set, sites);
+    assignByPaths(set, sites, options);
+    return;
+  }
+  const SettingsTests settings(*options.plan);
+  settings.setRoles(set.store, roles);
+  std::vector<Site> sites = takeSites(set.store, roles);
+  std::vector<Site> named = sites;
+  const std::vector<std::uint32_t> lines = settings.matchSites(set, sites);
+  // What the templates do not tell.
+  takeHostsFrom(options, set, named);
+  for (std::size_t i = 0; i < sites.size(); ++i) {
+    if (sites[i].host.empty()) sites[i].host = named[i].host;
+    if (lines[i] == kNone) sites[i] = named[i];
+  }
+  assignBySettings(set, sites, settings, lines, options);
+}
+
+}  // namespace
+
+ReadOutcome readResults(const ReadOptions& options) {
+  ReadOutcome outcome;
+  outcome.problem = readFiles(options, outcome.set);
+  if (outcome.problem.empty()) assign(options, outcome.set);
+  return outcome;
+}
+
+}  // namespace marrowbench::ctl

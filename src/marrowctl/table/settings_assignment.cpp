@@ -1,0 +1,102 @@
+#include <algorithm>
+
+#include "marrowctl/table/assignment.h"
+#include "marrowctl/table/client_runs.h"
+#include "marrowctl/table/test_names.h"
+
+namespace marrowbench::ctl {
+namespace {
+
+class SettingsAssignment {
+ public:
+  SettingsAssignment(ResultSet& resultSet, const std::vector<Site>& allSites,
+                     const SettingsTests& settingsTests,
+                     const std::vector<std::uint32_t>& linesOfSites, bool takesAllRuns)
+      : set(resultSet),
+        sites(allSites),
+        settings(settingsTests),
+        lines(linesOfSites),
+        allRuns(takesAllRuns) {}
+
+  void run() {
+    set.knowsSettings = true;
+    set.tests = settings.tests();
+    hosts = takeHosts(set, sites);
+    ClientRuns runs(settings, set.tests);
+    forEachRow(
+        [this, &runs](const StoredRow& row, const Site&, std::uint32_t line, std::uint32_t host) {
+          if (line != kNone) {
+            const RowPlace place = runs.next(host, line, row.iteration);
+            numbers.add(host, place.run, row.end - row.milliseconds / 1000.0);
+          }
+        });
+    numbers.finish();
+    set.runs.found = std::max<std::int64_t>(1, numbers.count());
+    set.runs.judged = allRuns ? set.runs.found : 1;
+    takeOtherTests();
+    assignRows();
+  }
+
+ private:
+  template <class Visit>
+  void forEachRow(Visit visit) {
+    for (StoredRowCursor rows(set.store, Unpacking::nothing); rows.next();) {
+      StoredRow& row = set.store.at(rows.index());
+      const std::uint32_t site = row.series;
+      visit(row, sites[site], lines[site], hosts[site]);
+    }
+  }
+
+  // Of rows that fit no line: those of the newest run.
+  void takeOtherTests() {
+    std::vector<Site> others;
+    for (std::size_t i = 0; i < sites.size(); ++i)
+      others.push_back(lines[i] == kNone ? sites[i] : Site{});
+    othersFrom = allRuns ? 0 : numbers.newestBegin();
+    otherTests = takeTests(set, others, othersFrom);
+    nameTests(set.tests);
+  }
+
+  void assignRows() {
+    const auto lineTests = set.tests;
+    ClientRuns runs(settings, lineTests);
+    SeriesMaker maker(set.series);
+    forEachRow([&](StoredRow& row, const Site& site, std::uint32_t line, std::uint32_t host) {
+      std::uint32_t test = kNone;
+      bool counts = false;
+      if (line != kNone) {
+        const RowPlace place = runs.next(host, line, row.iteration);
+        test = place.test;
+        row.iteration = place.iteration;
+        counts = allRuns || numbers.numberOf(host, place.run) + 1 == numbers.count();
+      } else {
+        test = otherTests[static_cast<std::size_t>(&site - sites.data())];
+        counts = test != kNone && row.end >= othersFrom;
+        row.iteration = std::max(row.iteration, 0);
+      }
+      row.series = counts ? maker.seriesOf(host, test) : kNone;
+      if (!counts) return;
+      row.flags |= isJudged;
+      ++set.judgedRows;
+    });
+  }
+
+  ResultSet& set;
+  const std::vector<Site>& sites;
+  const SettingsTests& settings;
+  const std::vector<std::uint32_t>& lines;
+  const bool allRuns;
+  std::vector<std::uint32_t> hosts;
+  std::vector<std::uint32_t> otherTests;
+  double othersFrom = 0;
+  RunNumbers numbers;
+};
+
+}  // namespace
+
+void assignBySettings(ResultSet& set, const std::vector<Site>& sites, const SettingsTests& settings,
+                      const std::vector<std::uint32_t>& lines, const ReadOptions& options) {
+  SettingsAssignment(set, sites, settings, lines, options.allRuns).run();
+}
+
+}  // namespace marrowbench::ctl

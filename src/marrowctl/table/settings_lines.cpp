@@ -1,0 +1,156 @@
+#include "marrowctl/table/settings_lines.h"
+
+#include <algorithm>
+
+#include "marrowctl/table/test_names.h"
+#include "settings/settings_lines.h"
+
+namespace marrowbench::ctl {
+namespace {
+
+constexpr std::size_t kTableField = 12;
+constexpr std::int64_t kKib = 1024;
+
+Parameters parametersOf(const PlannedTest& test) {
+  const ParameterBlock& used = test.used;
+  Parameters p;
+  p.method = test.method;
+  p.type = test.type;
+  p.flush = used.flush;
+  p.preallocate = used.prealloc;
+  p.chunkWaitMs = used.chunkWait;
+  p.chunkBytes = used.chunkSize;
+  p.systemBuffer = used.systemBuffer;
+  p.fileKib = used.fileSize / kKib;
+  p.iterations = test.iterations;
+  p.cacheMode = used.emptyCacheMode;
+  return p;
+}
+
+bool writesRows(const PlannedLine& line) {
+  return line.kind == LineKind::test && line.test.isRun && line.test.iterations > 0 &&
+         !line.fields[kTableField].text.empty();
+}
+
+// Where each number of a shape stands in the text.
+void appendSpans(std::string_view shape, const Digits*& numbers,
+                 std::vector<std::pair<std::size_t, std::size_t>>& spans) {
+  std::size_t at = 0;
+  for (const char c : shape) {
+    if (c != kNumberMark) {
+      ++at;
+      continue;
+    }
+    const std::size_t length = textOf(*numbers++).size();
+    spans.emplace_back(at, length);
+    at += length;
+  }
+}
+
+void setRolesOf(const TemplateMatch& match,
+                const std::vector<std::pair<std::size_t, std::size_t>>& spans, NumberRole* roles) {
+  for (std::size_t i = 0; i < spans.size(); ++i) {
+    roles[i] = NumberRole::text;
+    for (const auto& iteration : match.iterations) {
+      if (iteration == spans[i]) roles[i] = NumberRole::iteration;
+    }
+    for (const auto& [at, length] : match.dates) {
+      if (spans[i].first >= at && spans[i].first < at + length) roles[i] = NumberRole::date;
+    }
+  }
+}
+
+}  // namespace
+
+SettingsTests::SettingsTests(const Plan& plan) {
+  for (const PlannedFile& file : plan.files) {
+    for (const PlannedLine& planned : file.lines) {
+      if (!writesRows(planned)) continue;
+      const PlannedTest& test = planned.test;
+      Line& line = lines.emplace_back();
+      line.source = PathTemplate(file, test, test.source, true);
+      line.dest = PathTemplate(file, test, test.dest, true);
+      line.table = PathTemplate(file, test, test.table, false);
+      line.test.parameters = parametersOf(test);
+      line.test.source = line.source.shown();
+      line.test.dest = line.dest.shown();
+      line.test.settingsFile = file.path;
+      line.test.configIndex = test.configIndex;
+      line.test.settingsLine = planned.number;
+      line.test.expectedRows = test.iterations;
+    }
+  }
+  alike.assign(lines.size(), kNone);
+  for (std::uint32_t i = 0; i < lines.size(); ++i) {
+    for (std::uint32_t j = i + 1; j < lines.size() && alike[i] == kNone; ++j) {
+      const bool isAlike = lines[i].test.parameters == lines[j].test.parameters &&
+                           lines[i].source == lines[j].source && lines[i].dest == lines[j].dest;
+      if (isAlike) alike[i] = j;
+    }
+  }
+}
+
+std::vector<ResultTest> SettingsTests::tests() const {
+  std::vector<ResultTest> tests;
+  for (const Line& line : lines) tests.push_back(line.test);
+  return tests;
+}
+
+SettingsTests::Fit SettingsTests::fit(const Parameters& parameters, const std::string& source,
+                                      const std::string& dest) const {
+  Fit best;
+  std::size_t most = 0;
+  for (std::uint32_t i = 0; i < lines.size(); ++i) {
+    const Line& line = lines[i];
+    if (line.test.parameters != parameters) continue;
+    const std::size_t literals = line.source.literals() + line.dest.literals() + 1;
+    if (literals <= most) continue;
+    const auto inSource = line.source.match(source);
+    const auto inDest = line.dest.match(dest);
+    if (!inSource || !inDest) continue;
+    most = literals;
+    best = {i, *inSource, *inDest};
+  }
+  return best;
+}
+
+void SettingsTests::setRoles(const RowStore& store, NumberRoles& roles) const {
+  std::vector<bool> seen(store.kinds.size());
+  for (StoredRowCursor rows(store); rows.next();) {
+    const std::uint32_t index = rows.row().kind;
+    if (seen[index]) continue;
+    seen[index] = true;
+    const RowKind& kind = rows.kind();
+    const std::string source = rows.source(), dest = rows.dest();
+    const Fit found = fit(kind.parameters, source, dest);
+    if (found.line == kNone) continue;
+    std::vector<std::pair<std::size_t, std::size_t>> spans;
+    const Digits* numbers = rows.numbers().data();
+    appendSpans(kind.source, numbers, spans);
+    setRolesOf(found.source, spans, roles[index].data());
+    spans.clear();
+    appendSpans(kind.dest, numbers, spans);
+    setRolesOf(found.dest, spans, roles[index].data() + kind.sourceNumbers);
+  }
+}
+
+std::vector<std::uint32_t> SettingsTests::matchSites(const ResultSet& set,
+                                                     std::vector<Site>& sites) const {
+  std::vector<std::uint32_t> found;
+  for (Site& site : sites) {
+    const Fit best = fit(set.store.kinds[site.kind].parameters, site.source, site.dest);
+    found.push_back(best.line);
+    if (best.line == kNone) continue;
+    const Line& line = lines[best.line];
+    // In place of a source's: a client may read the files of another one.
+    const auto inTable = line.table.hasHost() ? line.table.matchName(set.files[site.file].path)
+                                              : std::optional<TemplateMatch>();
+    if (inTable && !inTable->host.empty())
+      site.host = inTable->host;
+    else
+      site.host = best.dest.host.empty() ? best.source.host : best.dest.host;
+  }
+  return found;
+}
+
+}  // namespace marrowbench::ctl

@@ -1,0 +1,54 @@
+#ifndef MARROWBENCH_MARROWCTL_TABLE_SETTINGS_LINES_H
+#define MARROWBENCH_MARROWCTL_TABLE_SETTINGS_LINES_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "marrowctl/plan/plan.h"
+#include "marrowctl/table/number_roles.h"
+#include "marrowctl/table/path_template.h"
+#include "marrowctl/table/result_set.h"
+#include "marrowctl/table/sites.h"
+
+namespace marrowbench::ctl {
+
+/// The lines of settings files that write rows, as tests, and where rows of theirs are.
+class SettingsTests {
+ public:
+  explicit SettingsTests(const Plan& plan);
+
+  /// In the order in which clients run them.
+  [[nodiscard]] std::vector<ResultTest> tests() const;
+
+  /// Sets the roles of the numbers of kinds whose first row a line fits.
+  void setRoles(const RowStore& store, NumberRoles& roles) const;
+
+  /// Finds the line of each site, and sets its host where the line's templates tell it.
+  ///
+  /// @return for each site the first of the lines that fit, which are all alike; kNone: none fits
+  [[nodiscard]] std::vector<std::uint32_t> matchSites(const ResultSet& set,
+                                                      std::vector<Site>& sites) const;
+
+  /// The next line behind this one whose rows look the same; kNone: there is none.
+  [[nodiscard]] std::uint32_t nextAlike(std::uint32_t test) const { return alike[test]; }
+
+ private:
+  struct Line {
+    ResultTest test;
+    PathTemplate source, dest, table;
+  };
+  struct Fit {
+    std::uint32_t line = kNone;
+    TemplateMatch source, dest;
+  };
+  [[nodiscard]] Fit fit(const Parameters& parameters, const std::string& source,
+                        const std::string& dest) const;
+
+  std::vector<Line> lines;
+  std::vector<std::uint32_t> alike;
+};
+
+}  // namespace marrowbench::ctl
+
+#endif

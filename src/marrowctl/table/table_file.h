@@ -1,0 +1,53 @@
+#ifndef MARROWBENCH_MARROWCTL_TABLE_TABLE_FILE_H
+#define MARROWBENCH_MARROWCTL_TABLE_TABLE_FILE_H
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "marrowctl/table/result_set.h"
+#include "marrowctl/table/row_cells.h"
+
+namespace marrowbench::ctl {
+
+/// Puts the rows of tables into a set, one file after the other: their cells and times, but not yet
+/// whose they are.
+class TableReader {
+ public:
+  /// Called with the bytes of a file that were read since the last call.
+  using Progress = std::function<void(std::uint64_t)>;
+
+  TableReader(ResultSet& resultSet, Progress progressCall)
+      : set(resultSet), progress(std::move(progressCall)) {}
+
+  /// Reads a table; "-" is the standard input.
+  ///
+  /// @return the problem, with the path in front: it can't be read, or is no table; empty: none
+  [[nodiscard]] std::string read(const std::string& path);
+
+  /// The same of a file that is open. @param changed  its time, seconds since the epoch
+  [[nodiscard]] std::string readOpen(int fileDescriptor, const std::string& path,
+                                     std::int64_t changed);
+
+ private:
+  bool takeLines(int fileDescriptor, std::string& problem);
+  void takeRow(const TextLine& line, const RowCells& cells);
+  void addRow(const TextLine& line, const RowCells& cells, std::uint32_t kind);
+  void refuse(const TextLine& line, std::string reason);
+  [[nodiscard]] const std::uint32_t* kindOf(const RowCells& cells, std::string& reason);
+
+  ResultSet& set;
+  Progress progress;
+  RowReader rows;
+  std::uint64_t lineBefore = 0;  // of the last row of the file
+  bool hasLines = false;         // other than headers and blank ones
+  bool hasHeader = false;
+  // Of the row at hand; kept to save their memory.
+  std::string key;
+  std::vector<Digits> numbers;
+};
+
+}  // namespace marrowbench::ctl
+
+#endif
