@@ -9,22 +9,10 @@
 #include "marrowctl/check/same_file.h"
 #include "marrowctl/check/written_files.h"
 #include "marrowctl/plan/files_here.h"
+#include "marrowctl/plan/one_spelling.h"
 
 namespace marrowbench::ctl {
 namespace {
-
-// With this many iterations looked at, one more tells nothing.
-constexpr std::int32_t kMostLooks = 100;
-
-// The first iterations and the last one; one where all have the same name.
-std::vector<std::int32_t> looksAt(const SurveyedTest& test, const PathPattern& pattern) {
-  const std::int32_t last = test.test().lastIteration();
-  if (!pattern.has(kIterationMark)) return {0};
-  std::vector<std::int32_t> looks;
-  for (std::int32_t i = 0; i <= std::min(last, kMostLooks); ++i) looks.push_back(i);
-  if (last > kMostLooks) looks.push_back(last);
-  return looks;
-}
 
 // Two texts of which the marks get the same values: false where the first or the last characters in
 // which they differ are none of these.
@@ -59,7 +47,7 @@ class DataGroup {
     bool isOwn = false;
     for (std::size_t host = 0; host < survey.hostsToAsk(test.source()); ++host) {
       const auto sought = written.seek(test.source(), host, test.test().iterations);
-      for (const std::int32_t iteration : looksAt(test, test.source())) {
+      for (const std::int32_t iteration : iterationsToAsk(test, test.source())) {
         const auto writer = written.writerOf(sought, iteration);
         // The date is that of the moment: a name with it is never found again.
         const bool isWritten = writer && !test.source().has(kDateMark);
@@ -99,17 +87,16 @@ class DataGroup {
   void addSelfCopy(const SurveyedTest& test) {
     const PathPattern& from = test.source();
     const PathPattern& to = test.dest();
-    if (from.text == to.text) return addSelfCopy(test, 0, false);
+    if (from.name == to.name) return addSelfCopy(test, 0, false);
     const bool isPerHost = from.has(kHostMark) || to.has(kHostMark);
-    const bool isNumbered = from.has(kIterationMark) || to.has(kIterationMark);
-    const std::int32_t looks = isNumbered && mayBeAlike(from.text, to.text)
-                                   ? std::min(test.test().iterations, kMostLooks)
-                                   : 1;
+    const auto iterations = mayBeAlike(from.name, to.name)
+                                ? iterationsToAsk(test, to.has(kIterationMark) ? to : from)
+                                : std::vector<std::int32_t>{0};
     for (std::size_t host = 0; host < (isPerHost ? survey.plan.hosts.size() : 1); ++host) {
-      for (std::int32_t i = 0; i < looks; ++i) {
+      for (const std::int32_t i : iterations) {
         const std::string source = survey.path(test, from, host, i);
         const std::string dest = survey.path(test, to, host, i);
-        if (source == dest) return addSelfCopy(test, host, false);
+        if (oneSpelling(source) == oneSpelling(dest)) return addSelfCopy(test, host, false);
         if (i == 0 && sameFile.isSame(source, dest)) return addSelfCopy(test, host, true);
       }
     }
@@ -135,7 +122,7 @@ class DataGroup {
     }
     for (std::size_t host = 0; host < survey.hostsToAsk(test.dest()); ++host) {
       const auto sought = written.seek(test.dest(), host, test.test().iterations);
-      for (const std::int32_t iteration : looksAt(test, test.dest())) {
+      for (const std::int32_t iteration : iterationsToAsk(test, test.dest())) {
         const std::string reason = reasonToExist(test, sought, host, iteration);
         if (reason.empty()) continue;
         reasons.push_back(reason);

@@ -71,9 +71,9 @@ class Survey {
     return clients[host].path(*test.file, test.test(), pattern, iteration);
   }
 
-  /// The pattern with the name of a client in the place of its mark.
-  [[nodiscard]] std::string forHost(const PathPattern& pattern, std::size_t host) const {
-    return filledIn(pattern.text, {plan.hosts[host], {}, {}});
+  /// The name of a pattern with that of a client in the place of its mark.
+  [[nodiscard]] std::string nameForHost(const PathPattern& pattern, std::size_t host) const {
+    return filledIn(pattern.name, {plan.hosts[host], {}, {}});
   }
 
   /// How many of the named clients need a look of their own: one where the pattern names none.
@@ -84,6 +84,11 @@ class Survey {
  private:
   std::vector<ClientPaths> clients;  // the named ones
 };
+
+/// Iterations whose paths are looked at one by one: the first ones and the last, or one where the
+/// pattern has no number of an iteration.
+[[nodiscard]] std::vector<std::int32_t> iterationsToAsk(const SurveyedTest& test,
+                                                        const PathPattern& pattern);
 
 }  // namespace marrowbench::ctl
 

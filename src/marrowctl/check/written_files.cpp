@@ -27,7 +27,7 @@ std::optional<std::size_t> WrittenFiles::add(const SurveyedTest& test) {
   const std::int32_t iterations = test.test().iterations;
   if (test.dest().has(kIterationMark)) hasNumberedNames = true;
   const auto [family, isNew] =
-      families.try_emplace(test.dest().text, Family{{&test, Writer::kEveryHost, iterations}, {}});
+      families.try_emplace(test.dest().name, Family{{&test, Writer::kEveryHost, iterations}, {}});
   // The names of a pattern are entered once; a later test may have more iterations.
   if (isNew || iterations > family->second.writer.iterations) {
     family->second.writer.iterations = std::max(iterations, family->second.writer.iterations);
@@ -44,7 +44,7 @@ std::optional<std::size_t> WrittenFiles::addNames(const SurveyedTest& test) {
   for (std::size_t i = 0; i < survey.hostsToAsk(test.dest()); ++i) {
     const std::size_t host = isNamed ? i : Writer::kEveryHost;
     const auto [place, isNew] =
-        names.try_emplace(isNamed ? survey.forHost(test.dest(), i) : test.dest().text,
+        names.try_emplace(isNamed ? survey.nameForHost(test.dest(), i) : test.dest().name,
                           Writer{&test, host, test.test().iterations});
     if (isNew) {
       unlike.push_back(&place->first);
@@ -62,12 +62,12 @@ WrittenFiles::Sought WrittenFiles::seek(const PathPattern& pattern, std::size_t 
                                         std::int32_t iterations) {
   Sought sought;
   sought.isNumbered = pattern.has(kIterationMark);
-  if (const auto family = families.find(pattern.text); family != families.end()) {
+  if (const auto family = families.find(pattern.name); family != families.end()) {
     sought.family = family->second.writer;
     if (pattern.has(kHostMark)) sought.family->host = host;
     if (!sought.isNumbered || iterations <= sought.family->iterations) return sought;
   }
-  sought.name = survey.forHost(pattern, host);
+  sought.name = survey.nameForHost(pattern, host);
   if (const auto named = names.find(sought.name); named != names.end()) {
     sought.named = named->second;
   }

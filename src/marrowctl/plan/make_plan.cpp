@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "marrowctl/plan/expansion.h"
+#include "marrowctl/plan/one_spelling.h"
 #include "marrowctl/plan/settings_reader.h"
 #include "paths/host_name.h"
 #include "paths/path_text.h"
@@ -55,12 +56,8 @@ std::vector<std::string> namedFiles(const std::vector<std::string>& names) {
   return files;
 }
 
-// One text for the different ways to name a file; links are not followed, as placeholders read the
-// name of the file that is given.
-std::string keyOf(const std::string& path) {
-  std::error_code ignored;
-  return path == "-" ? path : fs::absolute(path, ignored).lexically_normal().string();
-}
+// Links are not followed: placeholders read the name of the file that is given.
+std::string keyOf(const std::string& path) { return path == "-" ? path : oneSpelling(path); }
 
 // The path of the chain depends on what its record held before.
 bool chainReadsRecord(const PlannedFile& file) {

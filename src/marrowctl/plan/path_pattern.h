@@ -18,6 +18,8 @@ inline constexpr char kDateMark = '\x03';
 struct PathPattern {
   std::string text;      ///< of a source or dest: empty for memory
   bool isExact = false;  ///< filling in the marks is surely the same as expanding the template
+  /// Of a source or dest: the text in one spelling. Files are told apart by it.
+  std::string name{};
 
   [[nodiscard]] bool has(char mark) const { return text.find(mark) != std::string::npos; }
   [[nodiscard]] bool isEmpty() const { return text.empty(); }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "marrowctl/plan/expansion.h"
+#include "marrowctl/plan/one_spelling.h"
 #include "paths/folders.h"
 #include "paths/path_text.h"
 
@@ -84,6 +85,7 @@ PathPattern PatternMaker::dataPath(const std::string& pathTemplate,
   }
   pattern.isExact = pattern.isExact && !couldBeMemory(pattern.text);
   pattern.text = std::string(expander.once(pattern.text, {}, configIndex, 0));
+  pattern.name = oneSpelling(pattern.text);
   return pattern;
 }
 
