@@ -22,24 +22,34 @@ struct SizedFiles {
 /// The files of all iterations of a path, which has kIterationMark where their number stands. A
 /// path without the mark has one file.
 struct FileFamily {
+  std::string path;               ///< as a test names it
   std::vector<SizedFiles> files;  ///< from iteration 0; sizes as written last
   bool isPerHost = false;         ///< other clients have other files
+};
+
+/// How a test writes its files.
+struct Writing {
+  bool isPerHost = false;  ///< other clients have other files
+  bool keepsEnd = false;   ///< what is there is not truncated: of a longer file the end stays
 };
 
 /// How large the files are that tests have written so far, and those that exist on this machine.
 class FileSizes {
  public:
   /// Files that a test writes, over those of tests before it.
-  void write(const std::string& path, const std::vector<SizedFiles>& files, bool isPerHost);
+  void write(const std::string& path, std::vector<SizedFiles> files, Writing how);
 
   /// The files that a test reads in so many iterations: as written, else as they exist here.
   [[nodiscard]] std::vector<SizedFiles> sizesOf(const std::string& path, std::int64_t iterations);
 
   /// True when tests also write this file by a path with the number of the iteration.
-  [[nodiscard]] bool isInFamily(const std::string& path) const {
-    return memberSize(path).has_value();
+  ///
+  /// @param name  oneSpelling() of its path
+  [[nodiscard]] bool isInFamily(const std::string& name) const {
+    return membershipOf(name).has_value();
   }
 
+  /// By oneSpelling() of their paths.
   [[nodiscard]] const std::unordered_map<std::string, FileFamily>& families() const {
     return written;
   }
@@ -50,12 +60,23 @@ class FileSizes {
   }
 
  private:
-  [[nodiscard]] std::int64_t sizeOf(const std::string& path);
-  [[nodiscard]] std::optional<std::int64_t> memberSize(const std::string& path) const;
+  [[nodiscard]] std::vector<SizedFiles> sizesNamed(const std::string& name,
+                                                   std::int64_t iterations);
+  [[nodiscard]] bool mayExist(const std::string& name);
+  [[nodiscard]] std::int64_t sizeOf(const std::string& name);
 
+  // A file of a family.
+  struct Membership {
+    std::string family;  // its name
+    std::int64_t iteration = 0;
+  };
+  [[nodiscard]] std::optional<Membership> membershipOf(const std::string& name) const;
+
+  // A file that is a family's member has its size there, whoever wrote it last.
   std::unordered_map<std::string, FileFamily> written;
   FilesHere here;
-  bool hasMarks = false;  // of a path that is written
+  bool hasMarks = false;    // of a path that is written
+  bool hasSingles = false;  // paths without marks
 };
 
 }  // namespace marrowbench::ctl

@@ -9,6 +9,9 @@
 #include "marrowctl/plan/client_paths.h"
 #include "marrowctl/plan/expansion.h"
 #include "marrowctl/plan/file_sizes.h"
+#include "marrowctl/plan/template_expander.h"
+#include "paths/done_path.h"
+#include "paths/folders.h"
 #include "paths/path_text.h"
 
 namespace marrowbench::ctl {
@@ -42,8 +45,30 @@ std::int64_t pauseOf(const PlannedTest& test, std::int64_t bytes) {
   return product(chunks, std::max(test.used.chunkWait, 0));
 }
 
+// Descriptors open a file as it is; only one that is preallocated is cut to its new size.
+bool keepsEnd(const PlannedTest& test) {
+  return test.method == Method::posix && !test.used.prealloc;
+}
+
+// A copy of an empty file makes no file.
+bool isNothingCopied(const PlannedTest& test, const std::vector<SizedFiles>& files) {
+  return test.type == TestType::copy &&
+         std::all_of(files.begin(), files.end(),
+                     [](const SizedFiles& part) { return part.size == 0; });
+}
+
+// The marker's folder stands beside the settings file. The program makes it where there is none,
+// but not in a folder whose text, without its "/", has one or two characters: it knows no such
+// folder.
+bool hasMarkerFolder(const FixedString& settingsPath) {
+  const FixedString folder = doneFolderOf(settingsPath);
+  const std::size_t above = parentFolder(folder).length();
+  constexpr std::size_t kShortestKnown = 4;
+  return above < 2 || above >= kShortestKnown || folderExists(folder);
+}
+
 bool leavesMarker(const PlannedFile& file) {
-  if (!file.exists) return false;
+  if (!file.exists || !hasMarkerFolder(folderPathOf(file.path))) return false;
   bool hasTests = false;
   for (const PlannedLine& line : file.lines) {
     if (line.kind != LineKind::test || !line.test.isRun) continue;
@@ -68,7 +93,7 @@ class Count {
     sums.bytesWritten = forTheFleet(sums.bytesWritten);
     sums.pauseMs = pauseMs.empty() ? 0 : *std::max_element(pauseMs.begin(), pauseMs.end());
     sums.pauseSeconds = sums.pauseMs / 1000 + (sums.pauseMs % 1000 != 0 ? 1 : 0);
-    for (const auto& [path, family] : sizes.families()) countLeft(path, family);
+    for (const auto& [name, family] : sizes.families()) countLeft(name, family);
     return std::move(sums);
   }
 
@@ -95,8 +120,10 @@ class Count {
       destinations.emplace_back(clients[host].family(file, test, test.patterns.dest),
                                 std::move(files));
     }
-    const bool isPerHost = holds(test.dest, "[host]");
-    for (const auto& [path, files] : destinations) sizes.write(path, files, isPerHost);
+    const Writing how{holds(test.dest, "[host]"), keepsEnd(test)};
+    for (auto& [path, files] : destinations) {
+      if (!isNothingCopied(test, files)) sizes.write(path, std::move(files), how);
+    }
   }
 
   std::vector<SizedFiles> filesOf(const PlannedFile& file, const PlannedTest& test,
@@ -121,8 +148,8 @@ class Count {
     add(pauseMs[host], product(pauseOf(test, size), files.count));
   }
 
-  void countLeft(const std::string& path, const FileFamily& family) {
-    if (sizes.isInFamily(path)) return;
+  void countLeft(const std::string& name, const FileFamily& family) {
+    if (sizes.isInFamily(name)) return;
     std::int64_t count = 0;
     std::int64_t bytes = 0;
     for (const SizedFiles& files : family.files) {
@@ -130,8 +157,8 @@ class Count {
       if (files.size != kUnknownSize) add(bytes, product(files.size, files.count));
     }
     add(sums.filesLeft, family.isPerHost ? forTheFleet(count) : count);
-    const std::string first = filledIn(path, {{}, "0", {}});
-    if (sizes.sizeHere(first) != kUnknownSize) return;
+    if (sizes.sizeHere(filledIn(name, {{}, "0", {}})) != kUnknownSize) return;
+    const std::string first = filledIn(family.path, {{}, "0", {}});
     const std::string folder(parentFolder(first.c_str()));
     add(sums.spaceByFolder[folder], family.isPerHost ? forTheFleet(bytes) : bytes);
   }

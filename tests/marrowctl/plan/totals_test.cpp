@@ -235,6 +235,62 @@ TEST_F(TotalsOf, SingleFilesAreReadByAPathWithTheirNumber) {
             3 * kKiB + 7);
 }
 
+TEST_F(TotalsOf, DescriptorsKeepTheEndOfALongerFile) {
+  const std::string first = "Posix;0;0;0;64;0;10;1;0;MEMORY;d/x\n";
+  const std::string read = "Posix;0;0;0;64;0;0;1;0;d/x;MEMORY\n";
+  const struct {
+    const char* write;
+    std::int64_t left;
+  } cases[] = {
+      {"Posix;0;0;0;64;0;3;1;0;MEMORY;d/x\n", 10}, {"Posix;0;0;0;64;0;30;1;0;MEMORY;d/x\n", 30},
+      {"Posix;0;1;0;64;0;3;1;0;MEMORY;d/x\n", 3},  {"Stream;0;0;0;64;0;3;1;0;MEMORY;d/x\n", 3},
+      {"Posix;0;0;0;64;0;0;1;0;here;d/x\n", 10},   {"Stream;0;0;0;64;0;0;1;0;here;d/x\n", 2}};
+  writeFile("here", std::string(2 * kKiB, 'x'));
+  for (const auto& c : cases) {
+    const std::int64_t before = totals(first + c.write).bytesRead;
+    EXPECT_EQ(totals(first + c.write + read).bytesRead - before, c.left * kKiB) << c.write;
+  }
+  writeFile("old", std::string(2 * kKiB, 'x'));
+  EXPECT_EQ(
+      totals("Posix;0;0;0;64;0;1;1;0;MEMORY;old\nPosix;0;0;0;64;0;0;1;0;old;MEMORY\n").bytesRead,
+      2 * kKiB);
+}
+
+TEST_F(TotalsOf, DescriptorsKeepTheEndsOfIterations) {
+  const std::string lines =
+      "Stream;0;0;0;64;0;5;2;0;MEMORY;a[iter]\nPosix;0;0;0;64;0;1;4;0;MEMORY;a[iter]\n";
+  EXPECT_EQ(totals(lines + "Posix;0;0;0;64;0;0;4;0;a[iter];MEMORY\n").bytesRead, 12 * kKiB);
+  EXPECT_EQ(totals("Stream;0;0;0;64;0;9;1;0;MEMORY;a2\n" + lines +
+                   "Posix;0;0;0;64;0;0;4;0;a[iter];MEMORY\n")
+                .bytesRead,
+            20 * kKiB);
+}
+
+TEST_F(TotalsOf, FileOfAFamilyHasTheSizeWrittenLast) {
+  const std::string family = "Stream;0;0;0;64;0;1;3;0;MEMORY;a[iter]\n";
+  const std::string single = "Stream;0;0;0;64;0;7;1;0;MEMORY;a1\n";
+  const std::string readAll = "Posix;0;0;0;64;0;0;3;0;a[iter];MEMORY\n";
+  const std::string readOne = "Posix;0;0;0;64;0;0;1;0;a1;MEMORY\n";
+  EXPECT_EQ(totals(family + single + readAll).bytesRead, 9 * kKiB);
+  EXPECT_EQ(totals(family + single + readOne).bytesRead, 7 * kKiB);
+  EXPECT_EQ(totals(single + family + readAll).bytesRead, 3 * kKiB);
+  EXPECT_EQ(totals(single + family + readOne).bytesRead, 1 * kKiB);
+}
+
+TEST_F(TotalsOf, FilesAreTheSameInEverySpelling) {
+  const std::string here = std::filesystem::current_path().string();
+  const Totals sums = totals("Stream;0;0;0;64;0;1;1;0;MEMORY;d/x\nStream;0;0;0;64;0;2;1;0;MEMORY;" +
+                             here + "/./d/x\nPosix;0;0;0;64;0;0;1;0;./d//x;MEMORY\n");
+  EXPECT_EQ(sums.filesLeft, 1);
+  EXPECT_EQ(sums.bytesRead, 2 * kKiB);
+  EXPECT_EQ(sums.spaceByFolder, (std::map<std::string, std::int64_t>{{"d/", 2 * kKiB}}));
+}
+
+TEST_F(TotalsOf, CopyOfAnEmptyFileLeavesNone) {
+  writeFile("empty", "");
+  EXPECT_EQ(totals("Posix;0;0;0;64;0;0;1;0;empty;copy\n").filesLeft, 0);
+}
+
 TEST_F(TotalsOf, CopiesOfIterationsKeepTheirSizes) {
   const std::string lines =
       "Posix;0;0;0;64;0;1;2;0;MEMORY;a[iter]\nPosix;0;0;0;64;0;3;1;0;MEMORY;a[iter]\n";
@@ -242,9 +298,10 @@ TEST_F(TotalsOf, CopiesOfIterationsKeepTheirSizes) {
       totals(lines + "Posix;0;0;0;64;0;0;2;0;a[iter];b[iter]\nPosix;0;0;0;64;0;0;1;0;b1;MEMORY\n")
           .bytesRead,
       5 * kKiB);
-  EXPECT_EQ(totals(lines + "Posix;0;0;0;64;0;0;2;0;a[iter];b\nPosix;0;0;0;64;0;0;1;0;b;MEMORY\n")
-                .bytesRead,
-            5 * kKiB);
+  const std::string read = "Posix;0;0;0;64;0;0;1;0;b;MEMORY\n";
+  EXPECT_EQ(totals(lines + "Stream;0;0;0;64;0;0;2;0;a[iter];b\n" + read).bytesRead, 5 * kKiB);
+  // The second copy leaves the end of the first one.
+  EXPECT_EQ(totals(lines + "Posix;0;0;0;64;0;0;2;0;a[iter];b\n" + read).bytesRead, 7 * kKiB);
 }
 
 TEST_F(TotalsOf, MoreClientsThanHostsMultiplyWhatEachHostHas) {
@@ -277,6 +334,22 @@ TEST_F(TotalsOf, MarkersAreThoseOfFilesThatAskOrHaveNoTest) {
   for (int i = 0; i < 200; ++i) full += "Posix\n";
   EXPECT_TRUE(totals(full + asks).markers.empty());
   EXPECT_EQ(totals("none.bst\n").markers, both);
+}
+
+TEST_F(TotalsOf, MarkersAreNotLeftInFoldersThatTheProgramDoesNotKnow) {
+  const auto markersOf = [this](const std::string& path) {
+    writeFile(path.c_str(), "");
+    std::istringstream none;
+    return totalsOf(makePlan({{path}, hosts, 0}, none)).markers;
+  };
+  for (const char* name : {"d", "ab", "abc"}) std::filesystem::create_directory(name);
+  EXPECT_EQ(markersOf("./a.bst"), std::vector<std::string>{});
+  EXPECT_EQ(markersOf("d/a.bst"), std::vector<std::string>{});
+  EXPECT_EQ(markersOf("ab/a.bst"), std::vector<std::string>{});
+  EXPECT_EQ(markersOf("abc/a.bst"), std::vector<std::string>{"abc/_a_log/done__c1"});
+  EXPECT_EQ(markersOf("a.bst"), std::vector<std::string>{"_a_log/done__c1"});
+  std::filesystem::create_directory("ab/_a_log");
+  EXPECT_EQ(markersOf("ab/a.bst"), std::vector<std::string>{"ab/_a_log/done__c1"});
 }
 
 TEST_F(TotalsOf, PlanWithoutHostsOrFilesComesToNothing) { EXPECT_EQ(totalsOf(Plan{}).rows, 0); }
