@@ -1,12 +1,16 @@
 #include <fmt/format.h>
 
+#include <filesystem>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
+#include <vector>
 
 #include "marrowctl/check/finding_groups.h"
+#include "marrowctl/plan/one_spelling.h"
 #include "paths/folders.h"
 #include "paths/path_text.h"
 
@@ -14,6 +18,10 @@ namespace marrowbench::ctl {
 namespace {
 
 constexpr std::size_t kShortest = 3;
+
+std::string textOf(const FixedString& folder) {
+  return folder.isEmpty() ? "." : std::string(folder.view());
+}
 
 // The folders that there will be when the tests before have made theirs.
 class Foresight {
@@ -27,22 +35,35 @@ class Foresight {
     return true;
   }
 
- private:
-  bool exists(const FixedString& folder) {
-    if (folder.length() < kShortest) return false;
-    const auto [place, isNew] = known.try_emplace(std::string(folder.view()), false);
-    if (isNew) place->second = folderExists(folder);
-    return place->second;
+  /// In truth, be its text as short as it is.
+  bool isThere(const FixedString& folder) {
+    const auto [place, isNew] = known.try_emplace(std::string(folder.view()));
+    Folder& seen = place->second;
+    if (isNew) {
+      std::error_code ignored;
+      seen.name = oneSpelling(textOf(folder));
+      seen.existsHere = std::filesystem::is_directory(textOf(folder), ignored);
+    }
+    return seen.existsHere || made.contains(seen.name);
   }
+
+ private:
+  struct Folder {
+    std::string name;
+    bool existsHere = false;
+  };
+
+  bool exists(const FixedString& folder) { return folder.length() >= kShortest && isThere(folder); }
 
   void remember(FixedString folder) {
     while (!exists(folder) && folder.length() >= kShortest) {
-      known[std::string(folder.view())] = true;
+      made.insert(oneSpelling(textOf(folder)));
       folder = parentFolder(folder);
     }
   }
 
-  std::unordered_map<std::string, bool> known;
+  std::unordered_map<std::string, Folder> known;  // by their text
+  std::unordered_set<std::string> made;           // names of those that tests make
 };
 
 class FolderGroup {
@@ -64,14 +85,19 @@ class FolderGroup {
   }
 
  private:
+  // A folder that is not known is never made; what stands in it is written all the same.
   bool addComplaint(const SurveyedTest& test, Field field, const PathPattern& pattern) {
-    if (parentFolder(std::string_view(survey.path(test, pattern, 0, 0))).length() >= kShortest) {
-      return false;
-    }
-    findings.onField("folder-complaint", test, field,
-                     {"the folder's text is too short to be recognised as one: the client prints "
-                      "\"ERROR: Folder does not exists\" and writes the file all the same",
-                      kLongerFolder});
+    const FixedString folder = parentFolder(std::string_view(survey.path(test, pattern, 0, 0)));
+    if (folder.length() >= kShortest) return false;
+    const bool isThere = foresight.isThere(folder);
+    if (field == Field::table && !isThere) return false;
+    findings.onField(
+        "folder-complaint", test, field,
+        {fmt::format("the folder's text is too short to be recognised as one: the client prints "
+                     "\"ERROR: Folder does not exists\" and {}",
+                     isThere ? "writes the file all the same"
+                             : "writes nothing, as the folder does not exist here"),
+         kLongerFolder});
     return true;
   }
 
@@ -109,11 +135,17 @@ class FolderGroup {
   std::string refusedFolder(const SurveyedTest& test, const PathPattern& pattern) {
     const std::string folderPattern(parentFolder(std::string_view(pattern.text)).view());
     if (provided.contains(folderPattern)) return {};
+    const bool isNumbered = folderPattern.find(kIterationMark) != std::string::npos;
+    const auto iterations =
+        isNumbered ? iterationsToAsk(test, pattern) : std::vector<std::int32_t>{0};
     for (std::size_t host = 0; host < survey.hostsToAsk(pattern); ++host) {
-      std::string path = survey.path(test, pattern, host, 0);
-      if (!foresight.provide(std::string_view(path))) return path;
+      for (const std::int32_t iteration : iterations) {
+        std::string path = survey.path(test, pattern, host, iteration);
+        if (!foresight.provide(std::string_view(path))) return path;
+      }
     }
-    provided.insert(folderPattern);
+    // Another test may have more iterations.
+    if (!isNumbered) provided.insert(folderPattern);
     return {};
   }
 

@@ -26,8 +26,9 @@ Correct the path, make the folder beforehand, or start the client with the whole
 file: marrowbench /mnt/share/tests.bst.)"},
     {"folder-complaint", Severity::note,
      R"(The folder of a log or table has a text of fewer than three characters ("", "./", "d/"), which the
-program takes for a missing folder. It prints "ERROR: Folder does not exists" for each row, and writes
-the file all the same.
+program takes for a missing folder and does not make. It prints "ERROR: Folder does not exists" for
+each row, and writes the file all the same if the folder is there. A table whose folder is not there is
+folder-refused.
 
     (marrowbench tests.bst)  ...;data.bin;log.txt;results.csv;true
 

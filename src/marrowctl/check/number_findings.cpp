@@ -29,7 +29,7 @@ std::string_view nameOf(Field field) {
     case Field::chunkSize: return "the chunk size";
     case Field::systemBuffer: return "the system buffer";
     case Field::fileSize: return "the file size";
-    case Field::iterations: return "the iterations";
+    case Field::iterations: return "the number of iterations";
     default: return "the cache mode";
   }
 }

@@ -2,9 +2,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <set>
+#include <sstream>
 #include <string>
 
 #include "marrowctl/check/settings_folder.h"
@@ -83,6 +85,16 @@ const std::vector<Case>& cases() {
        writing("posix;0;0;0;4;0;4;1;0", "/tmp/x.bin"), "dest", E},
       {"folder-refused", "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;l.log;^a/b/c/r.csv\n",
        "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;l.log;a/b/r.csv\n", "table", E},
+      {"folder-refused", writing("posix;0;0;0;4;0;4;2;0", "^a/[iter]/b/d.bin"),
+       "posix;0;0;0;4;0;4;1;0;MEMORY;a/0/d.bin;l.log;r.csv\n" +
+           writing("posix;0;0;0;4;0;4;1;0", "a/[iter]/b/d.bin"),
+       "dest", E},
+      {"folder-refused",
+       "posix;0;0;0;4;0;4;1;0;MEMORY;a/0/d.bin;l.log;r.csv\n" +
+           writing("posix;0;0;0;4;0;4;2;0", "^a[iter]/b/c/d.bin"),
+       "posix;0;0;0;4;0;4;1;0;MEMORY;a/0/d.bin;l.log;r.csv\n" +
+           writing("posix;0;0;0;4;0;4;2;0", "a/[iter]/d.bin"),
+       "dest", E},
       {"folder-complaint", "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;^/l.log;r.csv\n",
        "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;/tmp/l.log;r.csv\n", "log", N},
       {"exists-already", writing("ansic;0;0;0;4;0;4;2;0", "^d.bin"),
@@ -215,6 +227,11 @@ const std::vector<Case>& cases() {
        writing("posix;0;0;0;4;0;4;3;0", "d_pc1_[iter]") +
            writing("posix;0;0;0;4;0;4;1;0", "d_[host]_[iter]") +
            "posix;0;0;0;4;0;0;3;0;d_[host]_[iter];MEMORY;l;r.csv\n",
+       "source", W},
+      {"source-missing",
+       writing("posix;0;0;0;4;0;4;1;0", "s.bin") +
+           "posix;0;0;0;4;0;0;1;0;^./t.bin;MEMORY;l;r.csv\n",
+       writing("posix;0;0;0;4;0;4;1;0", "s.bin") + "posix;0;0;0;4;0;0;1;0;./s.bin;MEMORY;l;r.csv\n",
        "source", W},
       {"reads-own-write", kWrite + "posix;0;0;0;4;0;0;1;0;^d_[host].bin;MEMORY;l;r.csv\n",
        "posix;0;0;0;4;0;0;1;0;d_[host].bin;MEMORY;l;r.csv\n" + kWrite, "source", N},
@@ -400,6 +417,39 @@ TEST(FolderRefused, TellsWhyNoFolderIsMade) {
     EXPECT_TRUE(finding->message.starts_with(std::string("the test is not run: ") + c.message))
         << finding->message;
   }
+}
+
+// Of a settings file that is named by a relative path.
+std::vector<std::string> namesInCurrentFolder(const std::string& text) {
+  marrowbench::test::writeFile("t.bst", text);
+  std::istringstream nothing;
+  return namesOf(check(makePlan({{"t.bst"}, {"pc1"}, 0}, nothing)));
+}
+
+TEST(FolderComplaint, IsARefusalForATableWhereTheFolderIsNotThere) {
+  const marrowbench::test::WorkingFolder folder;
+  const auto line = [](const char* log, const char* table) {
+    return std::string("posix;0;0;0;4;0;4;1;0;MEMORY;/tmp/x_[host].bin;") + log + ";" + table +
+           ";true\n";
+  };
+  const std::vector<std::string> complaint = {"folder-complaint"};
+  EXPECT_EQ(namesInCurrentFolder(line(" ", "r.csv")),
+            (std::vector<std::string>{"no-log", "folder-complaint"}));
+  EXPECT_EQ(namesInCurrentFolder(line("t/l.log", "/tmp/r.csv")), complaint);
+  EXPECT_EQ(namesInCurrentFolder(line("/tmp/l.log", "t/r.csv")),
+            std::vector<std::string>{"folder-refused"});
+  std::filesystem::create_directory("t");
+  EXPECT_EQ(namesInCurrentFolder(line("/tmp/l.log", "t/r.csv")), complaint);
+}
+
+TEST(FolderComplaint, KnowsWhatATestMakesByAnotherSpelling) {
+  const marrowbench::test::WorkingFolder folder;
+  const std::string here = std::filesystem::current_path().string();
+  const std::string first =
+      "posix;0;0;0;4;0;4;1;0;MEMORY;" + here + "/t/x_[host].bin;/tmp/l.log;/tmp/r.csv;true\n";
+  const std::string second =
+      "posix;0;0;0;4;0;4;1;0;MEMORY;" + here + "/t/y_[host].bin;/tmp/l.log;t/r.csv;true\n";
+  EXPECT_EQ(namesInCurrentFolder(first + second), std::vector<std::string>{"folder-complaint"});
 }
 
 TEST(Findings, ByteOrderMarkExplainsItsLineAlone) {
