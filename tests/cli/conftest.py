@@ -3,18 +3,18 @@
 import pathlib
 import shutil
 import subprocess
-import sys
 import tempfile
 
 import pytest
 
 from mounts import mounts  # a fixture
 from program_bench import (
-    DATE, EMULATOR, HEADER, MUSL, ROOT, RULE, SANITIZED, STAMP, Bench, end_group, masked, reason,
-    reserved, table_rows, until_shown, wait_until)
+    DATE, EMULATOR, HEADER, MUSL, ROOT, RULE, SANITIZED, STAMP, Bench, end_group, masked, own_host_names,
+    reason, reserved, table_rows, until_shown, wait_until)
 
 __all__ = ["DATE", "EMULATOR", "HEADER", "MUSL", "ROOT", "RULE", "SANITIZED", "STAMP", "end_group",
-           "masked", "mounts", "reason", "reserved", "table_rows", "until_shown", "wait_until"]
+           "masked", "mounts", "own_host_names", "reason", "reserved", "table_rows", "until_shown",
+           "wait_until"]
 
 
 @pytest.fixture
@@ -26,14 +26,6 @@ def bench():
         bench = Bench(folder)
         yield bench
         bench.end_all()
-
-
-def own_host_names():
-    """Whether this process may give another one its own host name."""
-    if sys.platform != "linux":
-        return False
-    probe = subprocess.run(["unshare", "--uts", "hostname", "probe"], capture_output=True)
-    return probe.returncode == 0
 
 
 def needs_strace():

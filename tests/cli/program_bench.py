@@ -6,6 +6,7 @@ import pathlib
 import re
 import signal
 import subprocess
+import sys
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
@@ -105,6 +106,14 @@ class Bench:
     def rows(self, name="res.csv"):
         """The cells of the rows of a table in the folder, see table_rows."""
         return table_rows((self.folder / name).read_text())
+
+
+def own_host_names():
+    """Whether this process may give another one its own host name."""
+    if sys.platform != "linux":
+        return False
+    probe = subprocess.run(["unshare", "--uts", "hostname", "probe"], capture_output=True)
+    return probe.returncode == 0
 
 
 def end_group(process):
