@@ -133,7 +133,8 @@ enum class Kind : unsigned char { other, ownLock, concernsLock, table };
 Kind& kindOf(int file) {
   static std::array<Kind, 1024> kinds{};
   static Kind unknown = Kind::other;
-  if (file >= 0 && static_cast<std::size_t>(file) < kinds.size()) return kinds[file];
+  const auto index = static_cast<std::size_t>(file);  // of -1: beyond the end
+  if (index < kinds.size()) return kinds[index];
   unknown = Kind::other;
   return unknown;
 }
