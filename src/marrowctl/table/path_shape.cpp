@@ -50,11 +50,12 @@ bool appendShape(std::string_view text, std::string& shape, std::vector<Digits>&
 
 std::string filledShape(std::string_view shape, const Digits*& numbers) {
   std::string text;
-  for (const char c : shape) {
-    if (c == kNumberMark)
-      text += textOf(*numbers++);
-    else
-      text += c;
+  while (!shape.empty()) {
+    const std::size_t mark = std::min(shape.find(kNumberMark), shape.size());
+    text += shape.substr(0, mark);
+    if (mark == shape.size()) break;
+    text += textOf(*numbers++);
+    shape.remove_prefix(mark + 1);
   }
   return text;
 }

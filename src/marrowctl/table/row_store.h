@@ -60,7 +60,7 @@ class RowStore {
  public:
   static constexpr std::size_t kRowsOfBlock = 16384;
 
-  /// Index of the kind with this key, null for none yet. Valid until the next addKind().
+  /// Index of the kind with this key, null for none yet. Stays where it is.
   [[nodiscard]] const std::uint32_t* findKind(std::string_view key) const {
     const auto known = kindsByKey.find(key);
     return known == kindsByKey.end() ? nullptr : &known->second;

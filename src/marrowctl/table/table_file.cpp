@@ -116,7 +116,9 @@ const std::uint32_t* TableReader::kindOf(const RowCells& cells, std::string& rea
     }
     counts[i] = numbers.size() - numbersBefore;
   }
-  if (const std::uint32_t* const known = set.store.findKind(key)) return known;
+  // Rows of one test stand together.
+  if (lastKind != nullptr && key == lastKey) return lastKind;
+  if (const std::uint32_t* const known = set.store.findKind(key)) return remember(known);
   const std::optional<Parameters> parameters =
       parametersOf(cells.parameters, cells.separator, reason);
   if (!parameters) return nullptr;
@@ -128,7 +130,13 @@ const std::uint32_t* TableReader::kindOf(const RowCells& cells, std::string& rea
   kind.destNumbers = counts[1];
   kind.errorNumbers = counts[2];
   set.store.addKind(key, std::move(kind));
-  return set.store.findKind(key);
+  return remember(set.store.findKind(key));
+}
+
+const std::uint32_t* TableReader::remember(const std::uint32_t* kind) {
+  lastKey = key;
+  lastKind = kind;
+  return kind;
 }
 
 void TableReader::takeRow(const TextLine& line, const RowCells& cells) {

@@ -37,6 +37,8 @@ class TableReader {
   void refuse(const TextLine& line, std::string reason);
   [[nodiscard]] const std::uint32_t* kindOf(const RowCells& cells, std::string& reason);
 
+  const std::uint32_t* remember(const std::uint32_t* kind);
+
   ResultSet& set;
   Progress progress;
   RowReader rows;
@@ -46,6 +48,9 @@ class TableReader {
   // Of the row at hand; kept to save their memory.
   std::string key;
   std::vector<Digits> numbers;
+  // Of the row before it.
+  std::string lastKey;
+  const std::uint32_t* lastKind = nullptr;
 };
 
 }  // namespace marrowbench::ctl

@@ -28,8 +28,11 @@ void Columns::find() {
   std::vector<std::vector<Names>> names(families.size());
   for (const Member& member : members) {
     names[member.family].resize(member.tokens.size());
-    for (std::size_t i = 0; i < member.tokens.size(); ++i)
-      names[member.family][i].insert(member.tokens[i]);
+    for (std::size_t i = 0; i < member.tokens.size(); ++i) {
+      Names& known = names[member.family][i];
+      // Most places hold one name.
+      if (known.size() != 1 || *known.begin() != member.tokens[i]) known.insert(member.tokens[i]);
+    }
   }
   for (std::size_t family = 0; family < names.size(); ++family) {
     for (std::size_t i = 0; i < names[family].size(); ++i) {
