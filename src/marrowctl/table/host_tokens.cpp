@@ -107,34 +107,47 @@ class HostTokens {
     return earliestEnd - latestStart > kUnsureSeconds;
   }
 
-  template <class SitesOf, class OrderOf>
-  Choice best(const Columns& columns, SitesOf sitesOf, OrderOf order) {
+  // Those that account for most rows come first, so that most are never looked at.
+  template <class SitesOf>
+  static std::vector<Choice> choicesFrom(const Columns& columns, SitesOf sitesOf) {
+    std::map<std::size_t, std::uint64_t> rowsOfFamily;
+    for (std::size_t i = 0; i < columns.members.size(); ++i) {
+      for (const Site* site : sitesOf(i)) rowsOfFamily[columns.members[i].family] += site->rows;
+    }
     std::set<Names> sets;
     for (const Column& column : columns.columns) {
       if (sets.size() < kMostSets) sets.insert(column.names);
     }
-    Choice chosen;
+    std::vector<Choice> choices;
     for (const Names& wanted : sets) {
-      const auto places = columns.placesOf(wanted);
-      Choice choice{wanted, 0};
+      Choice& choice = choices.emplace_back();
+      choice.names = wanted;
+      for (const auto& [family, position] : columns.placesOf(wanted))
+        choice.rows += rowsOfFamily[family];
+    }
+    std::stable_sort(choices.begin(), choices.end(), isBetter);
+    return choices;
+  }
+
+  template <class SitesOf, class OrderOf>
+  static Choice best(const Columns& columns, SitesOf sitesOf, OrderOf order) {
+    for (Choice& choice : choicesFrom(columns, sitesOf)) {
+      const auto places = columns.placesOf(choice.names);
       Activities activities;
       std::vector<std::uint32_t> named(columns.members.size(), kNone);
       std::unordered_map<std::string_view, std::uint32_t> numbers;
       for (std::size_t i = 0; i < columns.members.size(); ++i) {
-        const std::string_view name = columns.nameIn(columns.members[i], wanted, places);
+        const std::string_view name = Columns::nameIn(columns.members[i], choice.names, places);
         if (name.empty()) continue;
-        named[i] =
-            numbers.try_emplace(name, static_cast<std::uint32_t>(numbers.size())).first->second;
-        for (const Site* site : sitesOf(i)) {
-          activities[name].add(*site);
-          choice.rows += site->rows;
-        }
+        const auto next = static_cast<std::uint32_t>(numbers.size());
+        named[i] = numbers.try_emplace(name, next).first->second;
+        for (const Site* site : sitesOf(i)) activities[name].add(*site);
       }
       const RowOrder rows = order(named);
-      const bool canBe = rows.keepsLinesWhole() && canBeClients(activities, rows.mixesNames());
-      if (canBe && isBetter(choice, chosen)) chosen = choice;
+      if (rows.keepsLinesWhole() && canBeClients(activities, rows.mixesNames()))
+        return std::move(choice);
     }
-    return chosen;
+    return {};
   }
 
   // One table holds rows of several clients.
