@@ -34,10 +34,10 @@ def test_every_file_has_its_usual_place(installed):
              if path.is_file()}
     companion = {
         "bin/marrowctl",
-        "share/doc/marrowbench/schemas/check.schema.json",
+        *(f"share/doc/marrowbench/schemas/{name}.schema.json"
+          for name in ("check", "compare", "report")),
         "share/man/man1/marrowctl.1",
-        "share/man/man1/marrowctl-check.1",
-        "share/man/man1/marrowctl-sweep.1",
+        *(f"share/man/man1/marrowctl-{name}.1" for name in ("check", "compare", "report", "sweep")),
         "share/bash-completion/completions/marrowctl",
         "share/zsh/site-functions/_marrowctl",
         "share/fish/vendor_completions.d/marrowctl.fish",
