@@ -37,16 +37,22 @@ bool isControl(std::string_view character) {
   return lead == 0xC2 && byteAt(character, 1) < 0xA0;
 }
 
+bool isPlain(char byte) { return byte >= ' ' && byte <= '~'; }
+
 template <class Map>
 std::string mapped(std::string_view text, Map map) {
   std::string result;
   result.reserve(text.size());
-  while (!text.empty()) {
+  for (;;) {
+    // Nearly all of it, mostly.
+    const auto odd = std::find_if_not(text.begin(), text.end(), isPlain);
+    result.append(text.begin(), odd);
+    text.remove_prefix(static_cast<std::size_t>(odd - text.begin()));
+    if (text.empty()) return result;
     const std::size_t length = characterLength(text);
     result += length == 0 ? kReplacement : map(text.substr(0, length));
     text.remove_prefix(std::max<std::size_t>(length, 1));
   }
-  return result;
 }
 
 }  // namespace
