@@ -64,7 +64,6 @@ WrittenFiles::Sought WrittenFiles::seek(const PathPattern& pattern, std::size_t 
   sought.isNumbered = pattern.has(kIterationMark);
   if (const auto family = families.find(pattern.name); family != families.end()) {
     sought.family = family->second.writer;
-    if (pattern.has(kHostMark)) sought.family->host = host;
     if (!sought.isNumbered || iterations <= sought.family->iterations) return sought;
   }
   sought.name = survey.nameForHost(pattern, host);

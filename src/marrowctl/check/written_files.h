@@ -15,6 +15,7 @@ namespace marrowbench::ctl {
 
 /// Who writes a file.
 struct Writer {
+  /// Each client a file of its own, or all of them the same.
   static constexpr std::size_t kEveryHost = SIZE_MAX;
 
   const SurveyedTest* test = nullptr;  ///< the first that does

@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -81,6 +82,10 @@ const std::vector<Case>& cases() {
       {"chain-cycle", kWrite + "^[cfgPath]t.bst\n", kWrite + "[cfgPath]u.bst\n", nullptr, W},
       {"folder-refused", writing("posix;0;0;0;4;0;4;1;0", "^a/b/c/d.bin"),
        writing("posix;0;0;0;4;0;4;1;0", "a/b/d.bin"), "dest", E},
+      {"folder-refused", writing("posix;0;0;0;4;0;4;1;0", "^a/b/c/d/e.bin"),
+       writing("posix;0;0;0;4;0;4;1;0", "a/b/d.bin") +
+           writing("posix;0;0;0;4;0;4;1;0", "a/b/c/d/e.bin"),
+       "dest", E},
       {"folder-refused", writing("posix;0;0;0;4;0;4;1;0", "^/x.bin"),
        writing("posix;0;0;0;4;0;4;1;0", "/tmp/x.bin"), "dest", E},
       {"folder-refused", "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;l.log;^a/b/c/r.csv\n",
@@ -151,6 +156,10 @@ const std::vector<Case>& cases() {
        [](SettingsFolder& s) { EXPECT_EQ(symlink(".", s.path("link").c_str()), 0); }},
       {"memory-to-memory", "posix;0;0;0;4;0;4;1;0;^memory;MEMORY;l;r.csv\n",
        "posix;0;0;0;4;0;4;1;0;memory;d.bin;l;r.csv\n", "source", E},
+      {"memory-to-memory", "posix;0;0;0;4;0;4;1;0;^memory;MEMORY;l;r.csv\n",
+       "posix;0;0;0;4;0;4;0;0;memory;MEMORY;l;r.csv\nsystem;0;0;0;4;0;4;1;0;memory;MEMORY;l;r."
+       "csv\n",
+       "source", E},
       {"negative-size", writing("posix;0;0;0;4;0;4;^-1;0"), writing("posix;0;0;0;4;-1;4;1;-1"),
        "iterations", E},
       {"negative-size", writing("posix;0;0;^-1;4;0;4;1;0"), writing("posix;0;0;0;4;0;4;1;0"),
@@ -221,6 +230,20 @@ const std::vector<Case>& cases() {
        "posix;0;0;0;4;0;0;1;0;s.bin;MEMORY;l;r.csv\n", "source", W,
        [](SettingsFolder& s) { s.write("s.bin", "x"); }},
       {"source-missing",
+       writing("posix;0;0;0;4;0;4;150;0", "d_[iter]") +
+           "posix;0;0;0;4;0;0;151;0;^d_[iter];MEMORY;l;r.csv\n",
+       writing("posix;0;0;0;4;0;4;150;0", "d_[iter]") +
+           "posix;0;0;0;4;0;0;150;0;d_[iter];MEMORY;l;r.csv\n",
+       "source", W},
+      {"source-missing",
+       writing("posix;0;0;0;4;0;4;2;0", "d_pc1_[iter]") +
+           writing("posix;0;0;0;4;0;4;5;0", "d_[host]_[iter]") +
+           "posix;0;0;0;4;0;0;6;0;^d_pc1_[iter];MEMORY;l;r.csv\n",
+       writing("posix;0;0;0;4;0;4;2;0", "d_pc1_[iter]") +
+           writing("posix;0;0;0;4;0;4;5;0", "d_[host]_[iter]") +
+           "posix;0;0;0;4;0;0;5;0;d_pc1_[iter];MEMORY;l;r.csv\n",
+       "source", W},
+      {"source-missing",
        writing("posix;0;0;0;4;0;4;3;0", "d_pc1_[iter]") +
            writing("posix;0;0;0;4;0;4;1;0", "d_[host]_[iter]") +
            "posix;0;0;0;4;0;0;4;0;^d_[host]_[iter];MEMORY;l;r.csv\n",
@@ -237,8 +260,22 @@ const std::vector<Case>& cases() {
        "posix;0;0;0;4;0;0;1;0;d_[host].bin;MEMORY;l;r.csv\n" + kWrite, "source", N},
       {"reads-own-write", kWrite + "posix;0;0;0;4;0;0;1;0;^d_pc2.bin;MEMORY;l;r.csv\n",
        kWrite + "posix;0;0;0;4;0;0;1;0;d_pc2_.bin;MEMORY;l;r.csv\n", "source", N, kTwo},
+      {"reads-own-write",
+       writing("posix;0;0;0;4;0;4;1;0", "d_[host]a") +
+           "posix;0;0;0;4;0;0;1;0;^d_[host]a;MEMORY;l;r.csv\n",
+       writing("posix;0;0;0;4;0;4;1;0", "d_[host]a") +
+           "posix;0;0;0;4;0;0;1;0;d_[host];MEMORY;l;r.csv\n",
+       "source", N,
+       [](SettingsFolder& s) {
+         s.options.hosts = {"p", "pa"};
+         s.write("d_p", "x");
+       }},
       {"no-effect", writing("posix;^flush;0;0;4;0;4;1;0"), writing("stream;flush;0;0;4;0;4;1;0"),
        "flush", W},
+      {"no-effect", "stream;^flush;0;0;0;-1;0;1;0;s.bin;d.bin;l;r.csv\n",
+       "stream;flush;0;0;4;-1;0;1;0;s.bin;d.bin;l;r.csv\n", "flush", W},
+      {"no-effect", "posix;0;^1;0;4;0;0;1;0;s.bin;MEMORY;l;r.csv\n",
+       "posix;0;1;0;4;0;0;1;0;s.bin;d.bin;l;r.csv\n", "preallocate", W},
       {"no-effect", writing("stream;0;^1;0;4;0;4;1;0"), writing("posix;0;1;0;4;0;4;1;0"),
        "preallocate", W},
       {"no-effect", writing("stream;0;0;0;4;^1;4;1;0"),
@@ -450,6 +487,34 @@ TEST(FolderComplaint, KnowsWhatATestMakesByAnotherSpelling) {
   const std::string second =
       "posix;0;0;0;4;0;4;1;0;MEMORY;" + here + "/t/y_[host].bin;/tmp/l.log;t/r.csv;true\n";
   EXPECT_EQ(namesInCurrentFolder(first + second), std::vector<std::string>{"folder-complaint"});
+}
+
+TEST(CrowdedLock, IsToldOnceForAFileAndTable) {
+  SettingsFolder settings;
+  settings.options.clients = 41;
+  const std::string line = "posix;0;0;0;4;0;4;1;0;MEMORY;d_[host];l;r.csv\n";
+  const std::string other = "posix;0;0;0;4;0;4;1;0;MEMORY;e_[host];l;s.csv\n";
+  const auto names = namesOf(settings.findings(line + line + other));
+  EXPECT_EQ(std::count(names.begin(), names.end(), "crowded-lock"), 2);
+}
+
+TEST(SpaceShort, IsToldOfTheFirstTestThatWrites) {
+  const SettingsFolder settings;
+  const std::string huge = writing("posix;0;0;0;4;0;1048576;1000000;0", "d_[iter].bin");
+  const auto findings =
+      settings.findings("posix;0;0;0;4;0;0;1;0;s.bin;MEMORY;l;r.csv\n" + huge + huge);
+  const Finding* const finding = find(findings, "space-short");
+  ASSERT_NE(finding, nullptr);
+  EXPECT_EQ(finding->line, 2);
+  const auto names = namesOf(findings);
+  EXPECT_EQ(std::count(names.begin(), names.end(), "space-short"), 1);
+}
+
+TEST(Findings, AreNotMadeForTestsWithoutRoom) {
+  const SettingsFolder settings;
+  const std::string system = writing("system;0;0;0;4;0;4;1;0");
+  const auto names = namesOf(settings.findings(times(200, kWrite) + system));
+  EXPECT_EQ(names, std::vector<std::string>{"too-many-tests"});
 }
 
 TEST(Findings, ByteOrderMarkExplainsItsLineAlone) {
