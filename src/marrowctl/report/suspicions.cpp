@@ -73,7 +73,7 @@ class Suspicions {
         add("client-cache", test, hosts,
             fmt::format("read faster than the link's {} MiB/s: the data came from the memory of "
                         "the client, not from the server",
-                        *link),
+                        shownSpeed(*link)),
             kRemedy);
         return;
       }
@@ -108,7 +108,7 @@ class Suspicions {
     add("first-iteration", test, {},
         fmt::format("the first iteration ran at {} MiB/s, the later ones at {}: they do not "
                     "measure the same",
-                    first, later),
+                    shownSpeed(first), shownSpeed(later)),
         ratio > 1
             ? "the first one may have filled a cache that was full later: judge by the later "
               "ones, and use more iterations"
