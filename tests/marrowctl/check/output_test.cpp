@@ -83,18 +83,21 @@ TEST(CheckText, ShowsLinesPathsTotalsAndFindings) {
       "                 " +
       folder +
       "_t_log/done__pc2\n"
-      "\n" +
-      file + ":1:17: warning: ";
+      "\n";
   const std::string text = Answers(plan).text;
   EXPECT_EQ(text.substr(0, expected.size()), expected);
+  EXPECT_TRUE(text.substr(expected.size()).starts_with(file + ":1:17:")) << text;
+  // So wide that the length of the folder's name, which differs, wraps nothing.
+  const std::string findings = findingsIn(plan, 1000);
+  EXPECT_TRUE(findings.find(file + ":1:17: warning: ") != std::string::npos) << findings;
   const std::string caret =
       "    posix;0;0;0;1M;0;4;1;0;MEMORY;e_[host].bin;l.log;r.csv;true\n"
       "                 ^\n"
       "    -> write digits, with a \"-\" in front at most: sizes in KiB, without a unit; 0 for "
       "nothing\n";
   EXPECT_NE(text.find(caret), std::string::npos) << text;
-  EXPECT_NE(text.find(file + ":2:14: error: the line is refused: \"M\""), std::string::npos)
-      << text;
+  EXPECT_NE(findings.find(file + ":2:14: error: the line is refused: \"M\""), std::string::npos)
+      << findings;
   EXPECT_TRUE(text.ends_with("1 error, 1 warning. marrowctl check --explain NAME tells more.\n"))
       << text;
 }
@@ -107,7 +110,9 @@ TEST(CheckText, StaysWithinTheWidthSaveForPaths) {
   std::size_t begin = 0;
   while (begin < text.size()) {
     const std::size_t end = text.find('\n', begin);
-    EXPECT_LE(end - begin, 60U) << text.substr(begin, end - begin);
+    const std::string line = text.substr(begin, end - begin);
+    const bool isPlace = line.find(s.path("t.bst")) != std::string::npos;
+    EXPECT_TRUE(isPlace || line.size() <= 60U) << line;
     begin = end + 1;
   }
   EXPECT_NE(text.find("^"), std::string::npos);
