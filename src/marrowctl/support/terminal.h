@@ -10,14 +10,15 @@ namespace marrowbench::ctl {
 /// How text for people is set.
 struct TextStyle {
   bool hasColour = false;
-  int width = 100;  ///< columns
+  int width = 100;         ///< columns
   bool hasBlocks = false;  ///< bars may be drawn with block characters
 };
 
 [[nodiscard]] bool isTerminal(std::FILE* file);
 
 /// Colour on a terminal, unless NO_COLOR is set and not empty or TERM is "dumb"; the terminal's
-/// width, 100 columns where there is none. Block characters where the locale's characters are UTF-8.
+/// width, 100 columns where there is none. Block characters where the locale's characters are
+/// UTF-8.
 [[nodiscard]] TextStyle styleOf(std::FILE* file);
 
 enum class Tone { plain, strong, faint, red, yellow, cyan, green };
