@@ -66,6 +66,7 @@ class Side {
 
 std::uint32_t clientsOf(const std::vector<ClientSpeed>& rows) {
   std::vector<std::uint32_t> clients;
+  clients.reserve(rows.size());
   for (const ClientSpeed& row : rows) clients.push_back(row.client);
   std::sort(clients.begin(), clients.end());
   clients.erase(std::unique(clients.begin(), clients.end()), clients.end());

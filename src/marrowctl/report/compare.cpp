@@ -87,6 +87,7 @@ ComparedSide sideOf(std::vector<ClientSpeed>& rows) {
   side.rows = static_cast<std::int64_t>(rows.size());
   side.clients = numberClients(rows);
   std::vector<double> speeds;
+  speeds.reserve(rows.size());
   for (const ClientSpeed& row : rows) speeds.push_back(row.speed);
   if (!speeds.empty()) side.medianMibPerSecond = median(speeds);
   return side;

@@ -41,6 +41,7 @@ std::vector<std::string> hostsWithRows(const Report& report) {
     for (const ClientReport& client : test.clients) seen.insert(client.host);
   }
   std::vector<std::string> names;
+  names.reserve(seen.size());
   for (const std::uint32_t host : seen) names.push_back(report.results.hosts[host]);
   return names;
 }

@@ -122,7 +122,7 @@ std::string interfacesText(const Report& report, const TextStyle& style) {
     const Parameters& parameters = report.results.tests[i].parameters;
     if (!report.tests[i].mibPerSecond) continue;
     const std::string key = sameButMethod(parameters);
-    if (rows.count(key) == 0) order.push_back(key);
+    if (!rows.contains(key)) order.push_back(key);
     auto& [sum, count] = rows[key].byMethod[parameters.method];
     sum += report.tests[i].mibPerSecond->median;
     ++count;

@@ -15,7 +15,9 @@ namespace {
 constexpr int kEighths = 8;
 
 std::string blanks(std::int64_t count) {
-  return std::string(static_cast<std::size_t>(std::max<std::int64_t>(count, 0)), ' ');
+  std::string text;
+  text.resize(static_cast<std::size_t>(std::max<std::int64_t>(count, 0)), ' ');
+  return text;
 }
 
 }  // namespace

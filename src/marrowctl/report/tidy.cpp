@@ -65,18 +65,20 @@ class TidyRows {
     text += ',';
     appendQuoted(rows.dest(), text);
     text += ',';
-    if (row.moved)
+    if (row.moved) {
       appendNumber(row.bytes, text);
-    else
+    } else {
       text += ',';
+    }
     appendNumber(row.milliseconds, text);
     if (row.moved) appendSpeed(mibPerSecond(row), text);
     text += ',';
     appendNumber(row.speedPercent, text);
-    if (row.nullPosition >= 0)
+    if (row.nullPosition >= 0) {
       appendNumber(row.nullPosition, text);
-    else
+    } else {
       text += ',';
+    }
     if (row.hasError) appendQuoted(rows.error(), text);
     text += ',';
     text.append(tables[row.file]) += ',';

@@ -13,21 +13,17 @@ namespace {
 
 constexpr int kLeastWidth = 40;
 
-bool isSet(const char* variable) {
+// Empty where it is not set.
+std::string_view valueOf(const char* variable) {
   const char* const value = std::getenv(variable);
-  return value != nullptr && *value != '\0';
-}
-
-bool isDumb() {
-  const char* const terminal = std::getenv("TERM");
-  return terminal != nullptr && std::string_view(terminal) == "dumb";
+  return value == nullptr ? "" : value;
 }
 
 // By the variable that decides, as the system does.
 bool isUtf8Locale() {
   for (const char* const variable : {"LC_ALL", "LC_CTYPE", "LANG"}) {
-    if (!isSet(variable)) continue;
-    const std::string_view locale = std::getenv(variable);
+    const std::string_view locale = valueOf(variable);
+    if (locale.empty()) continue;
     for (const char* const name : {"UTF-8", "utf8", "utf-8", "UTF8"}) {
       if (locale.find(name) != std::string_view::npos) return true;
     }
@@ -57,7 +53,7 @@ TextStyle styleOf(std::FILE* file) {
   TextStyle style;
   style.hasBlocks = isUtf8Locale();
   if (!isTerminal(file)) return style;
-  style.hasColour = !isSet("NO_COLOR") && !isDumb();
+  style.hasColour = valueOf("NO_COLOR").empty() && valueOf("TERM") != "dumb";
   struct winsize size {};
   if (ioctl(fileno(file), TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
     style.width = std::max(static_cast<int>(size.ws_col), kLeastWidth);

@@ -69,8 +69,10 @@ std::vector<std::uint32_t> takeHosts(ResultSet& set, const std::vector<Site>& si
   std::unordered_map<std::string, std::uint32_t> indices;
   for (std::uint32_t i = 0; i < set.hosts.size(); ++i) indices[set.hosts[i]] = i;
   std::vector<std::uint32_t> ofSite;
-  for (const Site& site : sites)
+  ofSite.reserve(sites.size());
+  for (const Site& site : sites) {
     ofSite.push_back(indices[site.host.empty() ? kUnknownHost : site.host]);
+  }
   return ofSite;
 }
 

@@ -35,10 +35,11 @@ RowPlace ClientRuns::next(std::uint32_t host, std::uint32_t test, std::int32_t i
 
 void RunNumbers::add(std::uint32_t host, std::uint32_t run, double start) {
   std::vector<double>& ofHost = starts[host];
-  if (ofHost.size() <= run)
+  if (ofHost.size() <= run) {
     ofHost.resize(run + 1, start);
-  else
+  } else {
     ofHost[run] = std::min(ofHost[run], start);
+  }
 }
 
 void RunNumbers::finish() {

@@ -28,7 +28,7 @@ Found findName(std::string_view text, std::size_t from, const NameSet& names, st
     if (!isStart) continue;
     for (std::size_t length = std::min(longest, text.size() - i); length > 0; --length) {
       const bool isEnd = i + length == text.size() || !isLetterOrDigit(text[i + length]);
-      if (isEnd && names.count(text.substr(i, length)) != 0) return {i, length};
+      if (isEnd && names.contains(text.substr(i, length))) return {i, length};
     }
   }
   return {};

@@ -162,7 +162,7 @@ class HostTokens {
     std::vector<Names> seen(files.size());
     const auto places = paths.placesOf(inPaths.names);
     for (std::size_t i = 0; i < sites.size(); ++i) {
-      const std::string_view name = paths.nameIn(paths.members[i], inPaths.names, places);
+      const std::string_view name = Columns::nameIn(paths.members[i], inPaths.names, places);
       if (!name.empty()) seen[sites[i].file].insert(name);
     }
     return std::any_of(seen.begin(), seen.end(), [](const Names& each) { return each.size() > 2; });
@@ -171,7 +171,7 @@ class HostTokens {
   void nameByFiles(const Choice& choice) {
     const auto places = names.placesOf(choice.names);
     for (Site& site : sites) {
-      site.host = names.nameIn(names.members[site.file], choice.names, places);
+      site.host = Columns::nameIn(names.members[site.file], choice.names, places);
     }
   }
 
@@ -179,7 +179,7 @@ class HostTokens {
     const auto places = paths.placesOf(choice.names);
     std::vector<std::string> hosts(sites.size());
     for (std::size_t i = 0; i < sites.size(); ++i) {
-      hosts[i] = paths.nameIn(paths.members[i], choice.names, places);
+      hosts[i] = Columns::nameIn(paths.members[i], choice.names, places);
     }
     // What the names point into changes from here on.
     std::set<std::string, std::less<>> masked(choice.names.begin(), choice.names.end());
@@ -211,8 +211,7 @@ class HostTokens {
       for (;;) {
         const std::size_t end = rest.find_first_of(kTokenEnds);
         const std::string_view token = rest.substr(0, end);
-        const bool isHost =
-            masked.count(token) != 0 && (where.empty() || where.count(position) != 0);
+        const bool isHost = masked.contains(token) && (where.empty() || where.contains(position));
         result += isHost ? "[host]" : token;
         ++position;
         if (end == std::string_view::npos) break;

@@ -1,7 +1,6 @@
 #ifndef MARROWBENCH_MARROWCTL_TABLE_NUMBER_PLACES_H
 #define MARROWBENCH_MARROWCTL_TABLE_NUMBER_PLACES_H
 
-#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -21,7 +20,6 @@ struct NumberPlace {
   std::size_t mark = 0;   ///< number of the number in its token
   bool fillsToken = false;
   bool followsUnderscore = false;  ///< and the number in front of it stands right before that
-  auto operator<=>(const NumberPlace&) const = default;
 };
 
 /// The places of all numbers of a kind, those of its source first.

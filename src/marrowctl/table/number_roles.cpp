@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <tuple>
 #include <unordered_map>
 
 #include "marrowctl/table/number_places.h"
@@ -14,7 +15,9 @@ namespace {
 constexpr std::uint64_t kRowsLookedAt = 100'000;
 constexpr double kMostBreaks = 0.1;
 constexpr std::size_t kMostCandidates = 64;
-constexpr std::int64_t kTwoDays = 2 * 86400;
+constexpr std::int64_t kTwoDays = 172'800;  // seconds
+
+using PlaceKey = std::tuple<std::size_t, std::size_t, std::size_t>;
 
 // The numbers of a kind over all its rows.
 struct Range {
@@ -110,7 +113,7 @@ class RoleFinder {
   }
 
   std::vector<Candidate> candidatesOf(const KindFamily& family) {
-    std::map<NumberPlace, std::pair<bool, Candidate>> found;
+    std::map<PlaceKey, std::pair<bool, Candidate>> found;
     if (family.iterations < 2) return {};
     for (const std::uint32_t k : family.kinds) {
       for (std::size_t i = 0; i < numbers[k].places.size(); ++i) {
@@ -133,10 +136,9 @@ class RoleFinder {
     return result;
   }
 
-  // Whether the number in front is a date's does not belong to the place.
-  static NumberPlace keyOfPlace(NumberPlace place) {
-    place.fillsToken = place.followsUnderscore = false;
-    return place;
+  // Where it stands; kinds of one family may differ in what stands around it.
+  static PlaceKey keyOfPlace(const NumberPlace& place) {
+    return {place.path, place.token, place.mark};
   }
 
   static std::size_t indexOf(const KindNumbers& kind, const NumberPlace& place) {
@@ -201,7 +203,7 @@ class RoleFinder {
     const auto isBetter = [](const Candidate& a, const Candidate& b) {
       if (a.breakShare() != b.breakShare()) return a.breakShare() < b.breakShare();
       if (a.place.fillsToken != b.place.fillsToken) return a.place.fillsToken;
-      return a.place > b.place;
+      return keyOfPlace(a.place) > keyOfPlace(b.place);
     };
     std::sort(possible.begin(), possible.end(), isBetter);
     const bool isFound = !possible.empty() && (possible[0].breakShare() <= kMostBreaks ||

@@ -112,10 +112,11 @@ class Matcher {
 std::string_view nameOfPath(std::string_view path) { return path.substr(path.rfind('/') + 1); }
 
 // The settings file's folder at the front, or where it would stand.
-std::string withoutFolder(std::string path, const PlannedFile& file) {
+std::string withoutFolder(const std::string& path, const PlannedFile& file) {
   const FixedString folder = parentFolder(folderPathOf(file.path));
-  if (folder.isNotEmpty() && path.starts_with(folder.view()))
+  if (folder.isNotEmpty() && path.starts_with(folder.view())) {
     return kAnything + path.substr(folder.length());
+  }
   const bool isAbsolute = path.starts_with('/') || path.starts_with(kAnything);
   return isAbsolute ? path : kAnything + path;
 }
@@ -158,14 +159,15 @@ std::string PathTemplate::shown() const {
   if (marked.empty()) return "MEMORY";
   std::string text;
   for (const char c : marked) {
-    if (c == kHost)
+    if (c == kHost) {
       text += "[host]";
-    else if (c == kIteration)
+    } else if (c == kIteration) {
       text += kShownIteration;
-    else if (c == kDate)
+    } else if (c == kDate) {
       text += kShownDate;
-    else if (c != kAnything)
+    } else if (c != kAnything) {
       text += c;
+    }
   }
   return text;
 }

@@ -145,10 +145,11 @@ std::vector<std::uint32_t> SettingsTests::matchSites(const ResultSet& set,
     // In place of a source's: a client may read the files of another one.
     const auto inTable = line.table.hasHost() ? line.table.matchName(set.files[site.file].path)
                                               : std::optional<TemplateMatch>();
-    if (inTable && !inTable->host.empty())
+    if (inTable && !inTable->host.empty()) {
       site.host = inTable->host;
-    else
+    } else {
       site.host = best.dest.host.empty() ? best.source.host : best.dest.host;
+    }
   }
   return found;
 }

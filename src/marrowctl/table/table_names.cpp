@@ -19,12 +19,13 @@ namespace fs = std::filesystem;
 std::vector<std::string> tablesIn(const std::string& folder, int& code) {
   std::vector<std::string> files;
   std::error_code problem;
+  const std::string front = folder.ends_with('/') ? folder : folder + '/';
   for (fs::directory_iterator entry(folder, problem), end; entry != end; entry.increment(problem)) {
     const std::string name = entry->path().filename().string();
     std::error_code ignored;
     const bool isTable = !name.starts_with('.') && endsWithIgnoreCase(name, ".csv") &&
                          fs::is_regular_file(entry->path(), ignored);
-    if (isTable) files.push_back(folder + (folder.ends_with('/') ? "" : "/") + name);
+    if (isTable) files.push_back(front + name);
   }
   code = problem.value();
   std::sort(files.begin(), files.end());

@@ -57,9 +57,10 @@ std::string pathsOf(const ResultTest& test) {
 std::string nameOfTest(const Parameters& p) {
   std::string name = std::string(nameOf(p.method)) + " " + std::string(nameOf(p.type));
   name += p.chunkBytes > 0 ? ", " + shownSize(p.chunkBytes) + " chunks" : ", in one piece";
-  if (p.fileKib > 0)
+  if (p.fileKib > 0) {
     name +=
         ", " + shownSize(p.fileKib * kKib) + (p.type == TestType::write ? " files" : " at most");
+  }
   if (p.flush) name += ", flush";
   if (p.preallocate) name += ", preallocated";
   if (p.chunkWaitMs > 0) name += ", " + shownCount(p.chunkWaitMs) + " ms waits";

@@ -19,8 +19,8 @@ void appendTokens(std::string_view text, Tokens& tokens) {
 bool isAlike(const Names& a, const Names& b) {
   const Names& fewer = a.size() < b.size() ? a : b;
   const Names& more = a.size() < b.size() ? b : a;
-  const auto shared = std::count_if(
-      fewer.begin(), fewer.end(), [&more](std::string_view name) { return more.count(name) != 0; });
+  const auto shared = std::count_if(fewer.begin(), fewer.end(),
+                                    [&more](std::string_view name) { return more.contains(name); });
   return 2 * static_cast<std::size_t>(shared) >= fewer.size();
 }
 
@@ -54,11 +54,11 @@ std::string_view Columns::nameIn(const Member& member, const Names& wanted,
   const auto place = places.find(member.family);
   if (place != places.end()) {
     const std::string_view token = member.tokens[place->second];
-    return wanted.count(token) != 0 ? token : std::string_view();
+    return wanted.contains(token) ? token : std::string_view();
   }
   const auto found =
       std::find_if(member.tokens.rbegin(), member.tokens.rend(),
-                   [&wanted](std::string_view token) { return wanted.count(token) != 0; });
+                   [&wanted](std::string_view token) { return wanted.contains(token); });
   return found == member.tokens.rend() ? std::string_view() : *found;
 }
 
