@@ -7,7 +7,8 @@
 namespace marrowbench::ctl {
 namespace {
 
-// A line with the bytes behind it that the reader may look at.
+// A line with the bytes behind it that the reader may look at. The cells read from it point into
+// it.
 class Line {
  public:
   explicit Line(const std::string& text, bool isEnded = true)
@@ -29,7 +30,8 @@ std::string row(const std::string& middle) { return kFront + middle + kBack; }
 TEST(RowReader, TakesCellsFromBothEnds) {
   RowReader reader;
   RowCells cells;
-  ASSERT_EQ(reader.read(Line(row("/in,,/out,,an error")).line, cells), LineContent::row);
+  const Line line(row("/in,,/out,,an error"));
+  ASSERT_EQ(reader.read(line.line, cells), LineContent::row);
   EXPECT_EQ(cells.parameters, "Posix,Copy,,,0,65536,64,0,0,4,0");
   EXPECT_EQ(cells.source, "/in");
   EXPECT_EQ(cells.dest, "/out");
@@ -52,7 +54,8 @@ TEST(RowReader, SplitsTheMiddleAtTheEmptyAddresses) {
   RowReader reader;
   RowCells cells;
   for (const auto& c : cases) {
-    ASSERT_EQ(reader.read(Line(row(c.middle)).line, cells), LineContent::row) << c.middle;
+    const Line line(row(c.middle));
+    ASSERT_EQ(reader.read(line.line, cells), LineContent::row) << c.middle;
     EXPECT_EQ(cells.source, c.source) << c.middle;
     EXPECT_EQ(cells.dest, c.dest) << c.middle;
     EXPECT_EQ(cells.error, c.error) << c.middle;
