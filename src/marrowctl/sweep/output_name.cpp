@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <string_view>
 
+#include "paths/path_text.h"
 #include "support/fixed_string_ops.h"
 
 namespace marrowbench::ctl {
 namespace {
 
 constexpr std::string_view kSuffix = ".bst";
+// The program knows no folder whose text is shorter.
+constexpr std::size_t kShortestFolder = 3;
 
 bool isUsual(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
@@ -59,7 +62,12 @@ std::string OutputName::safeStem() const {
 }
 
 std::string OutputName::anchored(const std::string& path) const {
-  return folder.size() < 3 && isRelative(path) ? "././" + path : path;
+  if (!isRelative(path)) return path;
+  const FixedString file = std::string_view(folder + path + "x");
+  // Beside the settings file no folder has to be made.
+  const bool isBeside = path.find('/') == std::string::npos;
+  const FixedString needed = isBeside ? parentFolder(file) : thirdParentFolder(file);
+  return needed.length() < kShortestFolder ? "./././" + path : path;
 }
 
 std::string readOutputName(const std::string& output, OutputName& name) {

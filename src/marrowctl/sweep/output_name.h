@@ -17,9 +17,10 @@ struct OutputName {
   /// The stem with what means something in paths of settings lines turned into "_".
   [[nodiscard]] std::string safeStem() const;
 
-  /// A path of a settings line, so that the program finds its folder: it knows none whose text has
-  /// fewer than three characters, so "././" is put before relative paths where the settings file's
-  /// has.
+  /// A path of a settings line, of a file or of a folder with "/" at its end, for which the program
+  /// finds or makes the folder: it knows none whose text has fewer than three characters, and it
+  /// makes one only where it knows the one two levels above. "./././" is put before a relative path
+  /// that would lack one of them.
   [[nodiscard]] std::string anchored(const std::string& path) const;
 };
 

@@ -54,8 +54,7 @@ struct SweepResult {
 /// what exists, gets "[iter]" and "[date]".
 ///
 /// Files: at most 200 tests each, joined by chain lines; the last test of each leaves its marker.
-/// Relative paths start in "././" where the output's folder has fewer than three characters: the
-/// program does not know such a folder.
+/// Relative paths start in "./././" where the program would not know one of the folders above.
 ///
 /// Neighbours: a placeholder can't name another client. NAME.bst holds what all clients write and
 /// ends in a chain to "[cfgPath]NAME-[host].bst", of which there is one for each client with what

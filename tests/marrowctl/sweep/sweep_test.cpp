@@ -100,8 +100,8 @@ TEST(Sweep, OfReadsAloneWritesASourceOfEachSizeFirst) {
       .method = "posix,stream", .kind = "read", .chunk = "4K,8K", .size = "1M,512K"};
   const std::vector<TestConfig> tests = testsOf(sweepOf(options));
   ASSERT_EQ(tests.size(), 2U + 8U);
-  EXPECT_EQ(tests[0].destTemplate.view(), "././sweep_data/[host]/source_1M.bin");
-  EXPECT_EQ(tests[1].destTemplate.view(), "././sweep_data/[host]/source_512K.bin");
+  EXPECT_EQ(tests[0].destTemplate.view(), "./././sweep_data/[host]/source_1M.bin");
+  EXPECT_EQ(tests[1].destTemplate.view(), "./././sweep_data/[host]/source_512K.bin");
   EXPECT_EQ(tests[1].parameters.parameters.fileSize, 524288);
   EXPECT_TRUE(tests[2].destTemplate.isEmpty());
 }
@@ -194,12 +194,18 @@ TEST(Sweep, AFolderThatTheProgramDoesNotKnowIsAvoided) {
     SweepOptions options{.output = output};
     const std::vector<TestConfig> tests = testsOf(sweepOf(options));
     ASSERT_EQ(tests.size(), 1U);
-    EXPECT_NE(tests[0].destTemplate.view().find("././sweep_data/"), std::string_view::npos)
+    EXPECT_NE(tests[0].destTemplate.view().find("./././sweep_data/"), std::string_view::npos)
         << output;
-    EXPECT_NE(tests[0].resultsTemplate.view().find("././sweep_"), std::string_view::npos) << output;
+    EXPECT_NE(tests[0].resultsTemplate.view().find("./././sweep_"), std::string_view::npos)
+        << output;
   }
-  SweepOptions options{.dest = "data/x.bin", .output = "ab/sweep.bst"};
-  EXPECT_EQ(destsOf(sweepOf(options)), "ab/data/x_[host].bin\n");
+  // A new folder must have a known one two levels above.
+  SweepOptions options{.dest = "data/x.bin,x.bin,a/b/x.bin", .output = "ab/sweep.bst"};
+  EXPECT_EQ(destsOf(sweepOf(options)),
+            "ab/./././data/x_[host].bin\nab/x_[host].bin\nab/a/b/x_[host].bin\n");
+  options = {.dest = "data/,data/x.bin", .output = "/srv/two/sweep.bst"};
+  EXPECT_EQ(destsOf(sweepOf(options)),
+            "/srv/two/data/[host]_write_posix_1M_256M.bin\n/srv/two/data/x_[host].bin\n");
   options = {.dest = "[cfgPath]../x.bin,[Temp]x.bin,/ab/x.bin", .output = "a/sweep.bst"};
   EXPECT_EQ(destsOf(sweepOf(options)),
             "[cfgPath]../x_[host].bin\n[Temp]x_[host].bin\n/ab/x_[host].bin\n");
