@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 #include <optional>
+#include <sstream>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -41,12 +42,13 @@ std::vector<std::string> settingsFilesIn(const std::string& folder) {
 }
 
 // The program's form of the named paths, folders replaced by what is in them.
-std::vector<std::string> namedFiles(const std::vector<std::string>& names) {
+std::vector<std::string> namedFiles(const PlanOptions& options) {
   std::vector<std::string> files;
   std::error_code ignored;
-  for (const std::string& name : names) {
+  for (const std::string& name : options.files) {
     std::vector<std::string> found = {name};
-    if (fs::is_directory(name, ignored)) found = settingsFilesIn(name);
+    const bool isText = options.texts.contains(name);
+    if (!isText && fs::is_directory(name, ignored)) found = settingsFilesIn(name);
     for (const std::string& file : found) {
       FixedString path = std::string_view(file);
       useForwardSlashes(path);
@@ -72,8 +74,10 @@ struct Run {
 
 class Planner {
  public:
-  Planner(const std::string& firstHost, std::istream& standardInput)
-      : reader(firstHost), input(standardInput) {}
+  Planner(const Plan& plan, const PlanOptions& options, std::istream& standardInput)
+      : reader(plan.hosts.front()), input(standardInput) {
+    for (const auto& [path, text] : options.texts) texts.emplace(keyOf(path), text);
+  }
 
   void follow(const std::string& name) {
     Run run;
@@ -121,6 +125,10 @@ class Planner {
 
   PlannedFile readFile(const std::string& path) {
     if (path == "-") return reader.read(path, input);
+    if (const auto text = texts.find(keyOf(path)); text != texts.end()) {
+      std::istringstream stream(text->second);
+      return reader.read(path, stream);
+    }
     std::ifstream stream(path);
     PlannedFile file = reader.read(path, stream);
     file.exists = fileStatus(path.c_str());
@@ -145,6 +153,7 @@ class Planner {
 
   SettingsReader reader;
   std::istream& input;
+  std::unordered_map<std::string, std::string> texts;    // by keyOf()
   std::unordered_map<std::string, std::size_t> indices;  // by keyOf()
   std::vector<std::optional<PlannedFile>> files;
   std::vector<Run> runs;
@@ -164,8 +173,8 @@ Plan makePlan(const PlanOptions& options, std::istream& input) {
   Plan plan;
   plan.hosts = shortNames(options.hosts);
   plan.clients = std::max(options.clients, static_cast<std::int64_t>(plan.hosts.size()));
-  Planner planner(plan.hosts.front(), input);
-  for (const std::string& name : namedFiles(options.files)) planner.follow(name);
+  Planner planner(plan, options, input);
+  for (const std::string& name : namedFiles(options)) planner.follow(name);
   plan.files = planner.finished();
   return plan;
 }

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <istream>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,8 @@ struct PlanOptions {
   std::vector<std::string> files;  ///< settings files, folders of them, or "-" for `input`
   std::vector<std::string> hosts;  ///< client names; empty: this machine's
   std::int64_t clients = 0;        ///< 0: as many as there are hosts
+  /// Settings files that are to be written, by their path: they are planned as if they were there.
+  std::map<std::string, std::string> texts{};
 };
 
 /// Reads settings files and follows their chains, by the rules and in the order of the program. A

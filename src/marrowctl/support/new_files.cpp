@@ -44,16 +44,22 @@ std::string writeFile(const NewFile& file) {
 
 }  // namespace
 
-std::string writeNewFiles(const std::vector<NewFile>& files, bool overwrites) {
+std::string problemWith(const std::vector<NewFile>& files, bool overwrites) {
   for (const NewFile& file : files) {
     std::error_code ignored;
+    const fs::path folder = fs::path(file.path).parent_path();
+    if (!folder.empty() && !fs::exists(folder, ignored)) return problemOf(file.path, ENOENT);
     const fs::file_status status = fs::symlink_status(file.path, ignored);
     if (fs::is_directory(status)) return problemOf(file.path, EISDIR);
     if (fs::exists(status) && !overwrites) {
       return file.path + ": exists already; --force overwrites it";
     }
   }
-  std::string problem;
+  return {};
+}
+
+std::string writeNewFiles(const std::vector<NewFile>& files, bool overwrites) {
+  std::string problem = problemWith(files, overwrites);
   for (std::size_t left = files.size(); left > 0 && problem.empty(); --left) {
     problem = writeFile(files[left - 1]);
   }

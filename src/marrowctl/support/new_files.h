@@ -12,12 +12,17 @@ struct NewFile {
   std::string text;
 };
 
+/// Why the files can't be written, as far as that can be known before: the problem with the path in
+/// front. Empty: nothing is known against it.
+///
+/// @param overwrites  false: a file that exists already is a problem
+[[nodiscard]] std::string problemWith(const std::vector<NewFile>& files, bool overwrites);
+
 /// Writes all files or, as far as that can be known before, none. Each is written beside its place
 /// and renamed, so that a client that waits for it never reads half of it; the last file comes
 /// first, so that what a file chains to is there before it.
 ///
-/// @param overwrites  false: a file that exists already is a problem
-/// @return the problem with its path in front; empty: all are written
+/// @return the problem, see problemWith(); empty: all are written
 [[nodiscard]] std::string writeNewFiles(const std::vector<NewFile>& files, bool overwrites);
 
 }  // namespace marrowbench::ctl

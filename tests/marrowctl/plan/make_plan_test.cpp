@@ -256,6 +256,24 @@ TEST_F(MakePlan, StandardInputStandsInTheCurrentFolder) {
   EXPECT_EQ(made.files[0].lines.at(0).test.dest, "out.bin");
 }
 
+TEST_F(MakePlan, TextsArePlannedAsIfTheyWereThere) {
+  const std::string here = std::filesystem::current_path().string();
+  writeFile("b.bst", "nonsense\n");
+  std::filesystem::create_directory("c.bst");
+  std::istringstream none;
+  const Plan made = makePlan({{"./a.bst"},
+                              hosts,
+                              0,
+                              {{"./a.bst", "b.bst\n"},
+                               {here + "/b.bst", std::string(kTest) + "\nc.bst\n"},
+                               {"c.bst", kTest}}},
+                             none);
+  EXPECT_EQ(pathsOf(made), "./a.bst b.bst c.bst ");
+  for (const PlannedFile& planned : made.files) EXPECT_TRUE(planned.exists) << planned.path;
+  EXPECT_EQ(made.files.at(1).lines.at(0).kind, LineKind::test);
+  EXPECT_EQ(pathsOf(makePlan({{"c.bst"}, hosts, 0, {{"c.bst", kTest}}}, none)), "c.bst ");
+}
+
 TEST_F(MakePlan, HostsAreCutAsTheProgramDoes) {
   hosts = {"c1.site.org", ".x", "localhost"};
   writeFile("a.bst", "");

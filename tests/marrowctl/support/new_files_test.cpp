@@ -60,10 +60,20 @@ TEST(WriteNewFiles, TellsWhatCantBeWritten) {
   EXPECT_EQ(countIn(folder), 0U);
 }
 
+TEST(ProblemWith, IsWhatIsKnownBefore) {
+  const TempFolder folder;
+  const std::string path = folder.path() + "/a.bst";
+  EXPECT_EQ(problemWith({{path, ""}}, false), "");
+  EXPECT_EQ(problemWith({{"a.bst", ""}}, false), "");
+  EXPECT_EQ(problemWith({{folder.path() + "/no/a.bst", ""}}, true),
+            folder.path() + "/no/a.bst: No such file or directory");
+  EXPECT_EQ(countIn(folder), 0U);
+}
+
 TEST(WriteNewFiles, WritesTheLastFileFirst) {
   const TempFolder folder;
   // The first one can't be written: the one behind it is there already.
-  const std::vector<NewFile> files = {{folder.path() + "/no/a.bst", ""},
+  const std::vector<NewFile> files = {{folder.path() + "/" + std::string(300, 'x'), ""},
                                       {folder.path() + "/b.bst", "b"}};
   EXPECT_NE(writeNewFiles(files, false), "");
   EXPECT_EQ(test::readFile(folder.file("b.bst")), "b");
