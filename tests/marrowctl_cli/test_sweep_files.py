@@ -22,9 +22,27 @@ def test_the_head_is_the_command_for_a_shell(ctl):
 
 
 def test_a_line_end_in_a_word_does_not_end_the_comment(ctl):
-    done = ctl.run("sweep", "--output", "x\nposix;0.bst")
-    texts = [done.stdout, *(path.read_text() for path in ctl.folder.iterdir())]
-    assert [text for text in texts if "\nposix;0.bst" in text] == []
+    ctl.write("x\nposix;0", "c1 c2\n")
+    done = ctl.run("sweep", "--size", "64K", "--output", "y.bst", "--neighbour", "x\nposix;0")
+    assert done.returncode == 0, done.stderr
+    for path in ctl.folder.glob("*.bst"):
+        assert path.read_text().startswith("# Made by: marrowctl sweep --size 64K --output y.bst "
+                                           "--neighbour 'x?posix;0'\n")
+
+
+def test_each_option_has_its_field(ctl):
+    ctl.write("in.bin", "data")
+    folder = ctl.folder
+    done = ctl.run("sweep", "--method", "stream", "--kind", "copy", "--chunk", "4K", "--size", "8K",
+                   "--buffer", "1", "--wait", "3", "--iterations", "2", "--flush", "yes", "--prealloc", "no",
+                   "--dest", f"{folder}/out.bin", "--source", f"{folder}/in.bin", "--log", f"{folder}/l.txt",
+                   "--table", f"{folder}/t_[host].csv")
+    assert lines_of(done.stdout) == [
+        f"stream;flush;0;3;4;1;0;2;0;{folder}/in.bin;{folder}/out_[host]_[iter].bin;{folder}/l.txt;"
+        f"{folder}/t_[host].csv;true"], done.stderr
+    done = ctl.run("sweep", "--size", "8K", "--prealloc", "yes", "--dest", f"{folder}/")
+    assert lines_of(done.stdout)[0].startswith(
+        f"posix;0;prealloc;0;1024;-1;8;1;0;MEMORY;{folder}/[host]_write_posix_1M_8K.bin;")
 
 
 def test_nothing_is_overwritten_without_force(ctl):

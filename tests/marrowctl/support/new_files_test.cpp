@@ -52,6 +52,16 @@ TEST(WriteNewFiles, OverwritesWhenAsked) {
   EXPECT_EQ(test::readFile(folder.file("a.bst")), "new");
 }
 
+TEST(WriteNewFiles, RenamesSoThatReadersKeepTheOldFile) {
+  const TempFolder folder;
+  test::writeFile(folder.file("a.bst"), "old");
+  fs::create_hard_link(folder.path() + "/a.bst", folder.path() + "/reader");
+  EXPECT_EQ(writeNewFiles({{folder.path() + "/a.bst", "new"}}, true), "");
+  EXPECT_EQ(test::readFile(folder.file("a.bst")), "new");
+  EXPECT_EQ(test::readFile(folder.file("reader")), "old");
+  EXPECT_EQ(countIn(folder), 2U);
+}
+
 TEST(WriteNewFiles, TellsWhatCantBeWritten) {
   const TempFolder folder;
   const std::string path = folder.path() + "/missing/a.bst";

@@ -171,6 +171,7 @@ TEST(Sweep, OfMoreThan200TestsIsAChain) {
   const ParsedFile& first = files["/share/big.BST"];
   EXPECT_EQ(first.tests.size(), 200U);
   EXPECT_EQ(first.chain, "/share/big-2.BST");
+  EXPECT_TRUE(sweep.files[0].text.ends_with("\n[cfgPath]big-2.BST\n"));
   EXPECT_TRUE(first.tests.back().markDone);
   const ParsedFile& second = files["/share/big-2.BST"];
   EXPECT_EQ(second.tests.size(), 21U * 17U - 200U);
@@ -218,6 +219,20 @@ TEST(Sweep, HeadHoldsTheCommandAndTheFields) {
       sweep.files[0].text.starts_with("# Made by: marrowctl sweep --method posix\n# 1 test.\n"));
   EXPECT_NE(sweep.files[0].text.find("\n# method;flush;prealloc;wait ms;chunk KiB;"),
             std::string::npos);
+}
+
+TEST(Sweep, EveryFileHasTheCommandInItsHead) {
+  SweepOptions options{.chunk = "1K..1G", .size = "1K..64M", .output = "/share/big.bst"};
+  options.command = "marrowctl sweep --chunk 1K..1G";
+  for (const bool hasNeighbours : {false, true}) {
+    if (hasNeighbours) options.neighbours = {"pc1", "pc2"};
+    const SweepResult sweep = sweepOf(options);
+    EXPECT_EQ(sweep.files.size(), hasNeighbours ? 6U : 2U);
+    for (const SweepFile& file : sweep.files) {
+      EXPECT_TRUE(file.text.starts_with("# Made by: marrowctl sweep --chunk 1K..1G\n"))
+          << file.name;
+    }
+  }
 }
 
 TEST(Sweep, TheCommandStaysAComment) {
