@@ -19,6 +19,8 @@ namespace {
 
 constexpr std::size_t kTableField = 12;
 constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max();
+// So many files are looked at one by one; if all of them exist, those behind them do, too.
+constexpr std::int64_t kLookedAt = 1000;
 
 // Sizes, iterations and clients of a settings file can pass what 64 bits hold. None is negative.
 std::int64_t product(std::int64_t a, std::int64_t b) {
@@ -151,16 +153,29 @@ class Count {
   void countLeft(const std::string& name, const FileFamily& family) {
     if (sizes.isInFamily(name)) return;
     std::int64_t count = 0;
-    std::int64_t bytes = 0;
+    std::int64_t here = filesHere(name, family);
+    std::int64_t bytes = 0;  // of the others
     for (const SizedFiles& files : family.files) {
       add(count, files.count);
-      if (files.size != kUnknownSize) add(bytes, product(files.size, files.count));
+      const std::int64_t known = std::min(here, files.count);
+      here -= known;
+      if (files.size != kUnknownSize) add(bytes, product(files.size, files.count - known));
     }
     add(sums.filesLeft, family.isPerHost ? forTheFleet(count) : count);
-    if (sizes.sizeHere(filledIn(name, {{}, "0", {}})) != kUnknownSize) return;
+    if (bytes == 0) return;
     const std::string first = filledIn(family.path, {{}, "0", {}});
     const std::string folder(parentFolder(first.c_str()));
     add(sums.spaceByFolder[folder], family.isPerHost ? forTheFleet(bytes) : bytes);
+  }
+
+  // How many of a family an earlier run has left here, from the first iteration on.
+  std::int64_t filesHere(const std::string& name, const FileFamily& family) {
+    std::int64_t count = 0;
+    for (const SizedFiles& files : family.files) add(count, files.count);
+    for (std::int64_t i = 0; i < std::min(count, kLookedAt); ++i) {
+      if (sizes.sizeHere(filledIn(name, {{}, std::to_string(i), {}})) == kUnknownSize) return i;
+    }
+    return count;
   }
 
   // What the named hosts come to, for all clients of the fleet.

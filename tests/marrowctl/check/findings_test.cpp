@@ -300,6 +300,16 @@ const std::vector<Case>& cases() {
          mkfifo(s.path("pipe").c_str(), 0666);
          s.write("file", "x");
        }},
+      {"table-is-special", "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;l;^/dev/null\n",
+       "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;l;/dev/nul\n", "table", W},
+      {"space-short", writing("posix;0;0;0;4;0;1048576;1000000;0", "^d_[iter].bin"),
+       writing("posix;0;0;0;4;0;1048576;1000000;0", "/nowhere_/a/b/d_[iter].bin"), "dest", W},
+      // Those that an earlier run has left need no more space; the others do.
+      {"space-short", writing("posix;0;0;0;4;0;1048576;1000000;0", "^d_[iter].bin"),
+       writing("posix;0;0;0;4;0;1048576;2;0", "d_[iter].bin"), "dest", W,
+       [](SettingsFolder& s) {
+         for (const char* name : {"d_0.bin", "d_1.bin"}) s.write(name, "x");
+       }},
       {"space-short", writing("posix;0;0;0;4;0;1048576;1000000;0", "^d_[iter].bin"),
        writing("posix;0;0;0;4;0;1048576;1000000;0", "d.bin"), "dest", W},
   };

@@ -319,6 +319,10 @@ TEST_F(TotalsOf, MoreClientsThanHostsMultiplyWhatEachHostHas) {
 
 TEST_F(TotalsOf, FilesThatAreHereTakeNoNewSpace) {
   writeFile("x", "");
+  writeFile("old0", "");
+  writeFile("old1", "");
+  const Totals sums = totals("Posix;0;0;0;64;0;2;5;0;MEMORY;old[iter]\n");
+  EXPECT_EQ(sums.spaceByFolder, (std::map<std::string, std::int64_t>{{"", 3 * 2 * kKiB}}));
   EXPECT_EQ(totals("Posix;0;0;0;64;0;1;1;0;MEMORY;x\n").spaceByFolder.size(), 0U);
 }
 
