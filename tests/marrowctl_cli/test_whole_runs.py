@@ -149,7 +149,9 @@ class Comparison:
         totals, disk = self.document["totals"], self.disk
         assert totals["rows"] == sum(map(len, self.left.tables.values()))
         assert totals["filesLeft"] == len(disk.written)
-        if self.are_several:
+        # A source with the time in its name is found where it was written in the same ten seconds.
+        is_dated = any("DATE" in step.source for test in self.tests for step in test.steps)
+        if self.are_several or is_dated:
             return
         assert totals["bytesWritten"] == disk.bytes_written
         assert totals["bytesRead"] == disk.bytes_read

@@ -317,6 +317,14 @@ TEST_F(TotalsOf, MoreClientsThanHostsMultiplyWhatEachHostHas) {
             (std::map<std::string, std::int64_t>{{"d/", 10 * kKiB}, {"e/", kKiB}}));
 }
 
+TEST_F(TotalsOf, SourcesWithTheDateAreNotKnown) {
+  const Totals sums =
+      totals("Posix;0;0;0;64;0;10;1;0;MEMORY;d/[date]\nPosix;0;0;0;64;0;0;1;0;d/[date];MEMORY\n");
+  EXPECT_EQ(sums.bytesWritten, 10 * kKiB);
+  EXPECT_EQ(sums.bytesRead, 0);
+  EXPECT_EQ(sums.unknownSizes, std::vector<int>{1});
+}
+
 TEST_F(TotalsOf, FilesThatAreHereTakeNoNewSpace) {
   writeFile("x", "");
   writeFile("old0", "");
