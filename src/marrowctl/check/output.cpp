@@ -3,7 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <map>
+#include <span>
 
 #include "marrowctl/check/check.h"
 #include "marrowctl/check/text_parts.h"
@@ -11,13 +13,25 @@
 #include "marrowctl/support/utf8.h"
 
 namespace marrowbench::ctl {
+namespace {
+
+// Those that are not run count, too.
+std::size_t testsIn(const PlannedFile& file) {
+  return static_cast<std::size_t>(
+      std::count_if(file.lines.begin(), file.lines.end(),
+                    [](const PlannedLine& line) { return line.kind == LineKind::test; }));
+}
+
+}  // namespace
 
 std::string checkText(const Plan& plan, const Totals& totals, const std::vector<Finding>& findings,
                       const TextStyle& style) {
   const Survey survey(plan);
   std::string text;
+  std::span<const std::int64_t> moved(totals.movedByTest);
   for (const PlannedFile& file : plan.files) {
-    text += linesText(plan, file, style) + pathsText(survey, file, style) + "\n";
+    text += linesText(plan, file, moved, style) + pathsText(survey, file, style) + "\n";
+    moved = moved.subspan(testsIn(file));
   }
   text += totalsText(totals, style) + "\n";
   return text + findingsText(findings, style) + countsText(findings, style);

@@ -14,7 +14,7 @@ namespace marrowbench::ctl {
 namespace {
 
 constexpr int kMargin = 2;
-constexpr std::size_t kColumns = 6;
+constexpr std::size_t kColumns = 7;
 constexpr std::string_view kGap = "  ";
 
 // The columns in front of the changes.
@@ -38,14 +38,15 @@ std::string shownFileSize(const PlannedTest& test) {
   return test.type == TestType::write ? shownSize(test.used.fileSize) : "as source";
 }
 
-Row rowOf(const PlannedLine& line) {
+Row rowOf(const PlannedLine& line, std::int64_t moved) {
   const PlannedTest& test = line.test;
   return {std::to_string(line.number),
           std::string(nameOf(test.method)),
           std::string(nameOf(test.type)),
           test.used.chunkSize > 0 ? shownSize(test.used.chunkSize) : "whole file",
           shownFileSize(test),
-          std::to_string(test.iterations)};
+          std::to_string(test.iterations),
+          moved == kUnknownSize ? "not known" : shownSize(moved)};
 }
 
 std::array<std::size_t, kColumns> widthsOf(const std::vector<Row>& rows) {
@@ -89,14 +90,15 @@ std::string nextText(const Plan& plan, const PlannedFile& file) {
 
 }  // namespace
 
-std::string linesText(const Plan& plan, const PlannedFile& file, const TextStyle& style) {
+std::string linesText(const Plan& plan, const PlannedFile& file,
+                      std::span<const std::int64_t> moved, const TextStyle& style) {
   std::string text = toned(printable(file.path), Tone::strong, style) + "\n";
   if (!file.exists) return text + "  does not exist: the clients wait for it\n";
-  std::vector<Row> rows = {{"line", "method", "kind", "chunk", "size", "iterations"}};
+  std::vector<Row> rows = {{"line", "method", "kind", "chunk", "size", "iterations", "moves"}};
   std::vector<std::string> changes = {""};
   for (const PlannedLine& line : file.lines) {
     if (line.kind != LineKind::test || !line.test.isRun) continue;
-    rows.push_back(rowOf(line));
+    rows.push_back(rowOf(line, moved[static_cast<std::size_t>(line.test.configIndex)]));
     changes.push_back(shownChanges(line.test));
   }
   if (rows.size() == 1) text += "  no test\n";

@@ -1,6 +1,8 @@
 #ifndef MARROWBENCH_MARROWCTL_CHECK_TEXT_PARTS_H
 #define MARROWBENCH_MARROWCTL_CHECK_TEXT_PARTS_H
 
+#include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -13,8 +15,10 @@
 namespace marrowbench::ctl {
 
 /// A row for each test line of a file, and where the file leads.
+///
+/// @param moved  Totals::movedByTest from the file's first test on
 [[nodiscard]] std::string linesText(const Plan& plan, const PlannedFile& file,
-                                    const TextStyle& style);
+                                    std::span<const std::int64_t> moved, const TextStyle& style);
 
 /// What each line reads and writes in its first and last iteration, and where rows and reports go.
 [[nodiscard]] std::string pathsText(const Survey& survey, const PlannedFile& file,

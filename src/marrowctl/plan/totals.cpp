@@ -103,6 +103,7 @@ class Count {
   void countFile(const PlannedFile& file) {
     for (const PlannedLine& line : file.lines) {
       if (line.kind != LineKind::test) continue;
+      sums.movedByTest.push_back(0);
       const bool hasTable = !line.fields[kTableField].text.empty();
       if (hasTable && line.test.isRun) add(sums.rowsPerClient, std::max(line.test.iterations, 0));
       if (movesData(line.test)) countTest(file, line.test);
@@ -139,13 +140,16 @@ class Count {
   }
 
   void countFiles(const PlannedTest& test, const SizedFiles& files, std::size_t host) {
+    std::int64_t& moved = sums.movedByTest.back();
     if (files.size == kUnknownSize) {
+      if (host == 0) moved = kUnknownSize;
       const bool isNoted = !sums.unknownSizes.empty() && sums.unknownSizes.back() == testIndex;
       if (!isNoted) sums.unknownSizes.push_back(testIndex);
       return;
     }
     const std::int64_t size = test.type == TestType::read ? readSize(files.size) : files.size;
     const std::int64_t bytes = product(size, files.count);
+    if (host == 0 && moved != kUnknownSize) add(moved, bytes);
     if (test.type != TestType::write) add(sums.bytesRead, bytes);
     if (test.type != TestType::read) add(sums.bytesWritten, bytes);
     if (test.type != TestType::copy) sums.memoryBytes = std::max(sums.memoryBytes, size);

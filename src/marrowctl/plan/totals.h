@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "marrowctl/plan/file_sizes.h"
 #include "marrowctl/plan/plan.h"
 
 namespace marrowbench::ctl {
@@ -25,6 +26,9 @@ struct Totals {
   std::vector<std::string> markers;  ///< done markers of the named hosts
   std::map<std::string, std::int64_t> spaceByFolder;  ///< bytes of new files, of all clients
   std::vector<int> unknownSizes;  ///< indices into the plan's tests, in order of the plan
+  /// Bytes that each of the plan's tests moves on the first client, iterations included;
+  /// kUnknownSize where one of them is not known.
+  std::vector<std::int64_t> movedByTest;
 };
 
 [[nodiscard]] Totals totalsOf(const Plan& plan);

@@ -43,8 +43,8 @@ TEST(CheckText, ShowsLinesPathsTotalsAndFindings) {
   const std::string expected =
       file +
       "\n"
-      "  line  method  kind    chunk     size  iterations\n"
-      "     1  Stream  write  64 KiB  1.5 MiB           3\n"
+      "  line  method  kind    chunk     size  iterations    moves\n"
+      "     1  Stream  write  64 KiB  1.5 MiB           3  4.5 MiB\n"
       "        systemBuffer 5 -> 1 (1 is the largest System Buffer there is)\n"
       "\n"
       "  first and last iteration\n"
@@ -100,6 +100,25 @@ TEST(CheckText, ShowsLinesPathsTotalsAndFindings) {
       << findings;
   EXPECT_TRUE(text.ends_with("1 error, 1 warning. marrowctl check --explain NAME tells more.\n"))
       << text;
+}
+
+TEST(CheckText, SaysWhatEachTestMoves) {
+  SettingsFolder s;
+  s.options.hosts = {"pc1", "pc2"};
+  s.write("n.bst", "posix;0;0;0;4;0;0;3;0;d_[host];MEMORY;l;r.csv;true\n");
+  const std::string text = Answers(s.plan("posix;0;0;0;4;0;4;1;0;MEMORY;d_[host];l;r.csv;true\n"
+                                          "Posx\nposix;0;0;0;4;0;0;5;0;d_[host];c_[host];l;r.csv\n"
+                                          "posix;0;0;0;4;0;0;5;0;none;MEMORY;l;r.csv\n"
+                                          "system;0;0;0;4;0;4;2;0;MEMORY;e;l;r.csv\n"
+                                          "[cfgPath]n.bst\n"))
+                               .text;
+  for (const char* const row : {"1  Posix   write  4 KiB      4 KiB           1      4 KiB\n",
+                                "3  Posix   copy   4 KiB  as source           5     20 KiB\n",
+                                "4  Posix   read   4 KiB  as source           5  not known\n",
+                                "5  System  write  4 KiB      4 KiB           2    0 bytes\n",
+                                "1  Posix   read  4 KiB  as source           3  12 KiB\n"}) {
+    EXPECT_NE(text.find(std::string("     ") + row), std::string::npos) << row << "in\n" << text;
+  }
 }
 
 TEST(CheckText, StaysWithinTheWidthSaveForPaths) {

@@ -325,6 +325,32 @@ TEST_F(TotalsOf, SourcesWithTheDateAreNotKnown) {
   EXPECT_EQ(sums.unknownSizes, std::vector<int>{1});
 }
 
+TEST_F(TotalsOf, EachTestMovesWhatTheFirstClientDoes) {
+  hosts = {"c1", "c2"};
+  writeFile("c1", "abc");
+  const Totals sums = totals(
+      "Posix;0;0;0;64;0;10;3;0;MEMORY;d/[host]\nPosix;0;0;0;64;0;0;2;0;d/[host];e\n"
+      "Posix;0;0;0;64;0;0;2;0;[host];MEMORY\nPosix;0;0;0;64;0;0;2;0;none;MEMORY\n"
+      "System;0;0;0;64;0;10;3;0;MEMORY;d/[host]\n");
+  EXPECT_EQ(sums.movedByTest,
+            (std::vector<std::int64_t>{30 * kKiB, 20 * kKiB, 6, kUnknownSize, 0}));
+}
+
+TEST_F(TotalsOf, OfFilesPartlyKnownNoSumIsMoved) {
+  writeFile("x0", "abc");
+  writeFile("x2", "abc");
+  const Totals sums = totals("Posix;0;0;0;64;0;0;3;0;x[iter];MEMORY\n");
+  EXPECT_EQ(sums.movedByTest, std::vector<std::int64_t>{kUnknownSize});
+  EXPECT_EQ(sums.bytesRead, 6);
+}
+
+TEST_F(TotalsOf, AChainThatLeadsBackIsCountedForOnePass) {
+  writeFile("b.bst", "Posix;0;0;0;64;0;10;1;0;MEMORY;e;;t\na.bst\n");
+  const Totals sums = totals("Posix;0;0;0;64;0;10;3;0;MEMORY;d;;t\nb.bst\n");
+  EXPECT_EQ(sums.rows, 4);
+  EXPECT_EQ(sums.bytesWritten, 40 * kKiB);
+}
+
 TEST_F(TotalsOf, FilesThatAreHereTakeNoNewSpace) {
   writeFile("x", "");
   writeFile("old0", "");
