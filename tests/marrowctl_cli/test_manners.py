@@ -1,10 +1,14 @@
 """What goes to which output, with which colours and which exit status."""
 
+import fcntl
 import json
 import os
+import re
 import signal
+import struct
 import subprocess
 import sys
+import termios
 
 import pytest
 
@@ -91,8 +95,20 @@ def test_a_closed_pipe_ends_it_by_its_signal(ctl):
     assert done.returncode in (-signal.SIGPIPE, 128 + signal.SIGPIPE)
 
 
-def on_a_terminal(ctl, *arguments, **environment):
+@pytest.mark.parametrize("number", [signal.SIGINT, signal.SIGTERM, signal.SIGHUP])
+def test_a_signal_ends_it(ctl, number):
+    waiting = subprocess.Popen([*COMMAND, "check", "-"], stdin=subprocess.PIPE, cwd=ctl.folder,
+                               preexec_fn=lambda: signal.signal(number, signal.SIG_DFL))
+    waiting.send_signal(number)
+    # A shell tells either as 128 and the number.
+    assert waiting.wait(timeout=60) in (-number, 128 + number)
+    waiting.stdin.close()
+
+
+def on_a_terminal(ctl, *arguments, columns=0, **environment):
     terminal, side = os.openpty()
+    if columns:
+        fcntl.ioctl(side, termios.TIOCSWINSZ, struct.pack("4H", 24, columns, 0, 0))
     clean = {name: value for name, value in os.environ.items() if name != "NO_COLOR"}
     process = subprocess.Popen([*COMMAND, *map(str, arguments)], stdout=side, stderr=side,
                                cwd=ctl.folder, env={**clean, "TERM": "xterm", **environment})
@@ -114,3 +130,20 @@ def test_colours_are_for_a_terminal(ctl):
     assert "\x1b[" in on_a_terminal(ctl, "check", bad)
     assert "\x1b[" not in on_a_terminal(ctl, "check", bad, NO_COLOR="1")
     assert "\x1b[" not in on_a_terminal(ctl, "check", "--json", bad)
+
+
+def longest(text):
+    return max(map(len, re.sub(r"\x1b\[[\d;]*m", "", text).splitlines()))
+
+
+@pytest.mark.parametrize("arguments", [["check", "a.bst"], ["check", "--summary", "a.bst"],
+                                       ["check", "--explain", "chain-cycle"]])
+def test_the_width_is_that_of_the_terminal_or_100(ctl, arguments):
+    ctl.write("a.bst", "posix;1;0;0;64;5;128;x;0;MEMORY;out.bin;log.txt;results.csv;1\n"
+              "posix;1;1;0;64;5;128;1;0;MEMORY;out_[hostname]_of_this_client.bin;log.txt;results.csv;1\n")
+    widths = [longest(on_a_terminal(ctl, *arguments, columns=columns)) for columns in (70, 90, 200)]
+    assert widths[0] <= 70 and widths[1] <= 90
+    wide = longest(ctl.run(*arguments).stdout)
+    assert wide <= 100
+    if "--summary" not in arguments:
+        assert 70 < widths[1] and 90 < wide and 100 < widths[2]

@@ -22,6 +22,23 @@ std::size_t testsIn(const PlannedFile& file) {
                     [](const PlannedLine& line) { return line.kind == LineKind::test; }));
 }
 
+// Prose is wrapped; examples, which are indented, stay as they are.
+std::string setProse(std::string_view text, int width) {
+  std::string set;
+  std::string paragraph;
+  while (!text.empty()) {
+    const std::string_view line = text.substr(0, text.find('\n'));
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+    const bool isProse = !line.empty() && !line.starts_with(' ');
+    if (isProse) paragraph.append(paragraph.empty() ? "" : " ").append(line);
+    if (isProse && !text.empty()) continue;
+    set += wrapped(paragraph, 0, width);
+    paragraph.clear();
+    if (!isProse) set.append(line).append("\n");
+  }
+  return set;
+}
+
 }  // namespace
 
 std::string checkText(const Plan& plan, const Totals& totals, const std::vector<Finding>& findings,
@@ -64,8 +81,8 @@ std::optional<std::string> explanationOf(std::string_view name, const TextStyle&
   const auto kind = std::find_if(kinds.begin(), kinds.end(),
                                  [name](const FindingKind& k) { return k.name == name; });
   if (kind == kinds.end()) return std::nullopt;
-  return fmt::format("{} ({})\n\n{}\n", toned(name, Tone::strong, style), nameOf(kind->severity),
-                     kind->explanation);
+  return fmt::format("{} ({})\n\n{}", toned(name, Tone::strong, style), nameOf(kind->severity),
+                     setProse(kind->explanation, style.width));
 }
 
 }  // namespace marrowbench::ctl

@@ -133,6 +133,7 @@ std::string findingsText(const std::vector<Finding>& findings, const TextStyle& 
 std::string countsText(const std::vector<Finding>& findings, const TextStyle& style) {
   if (findings.empty()) return toned("No findings.", Tone::green, style) + "\n";
   std::string text;
+  std::size_t columns = 0;
   for (const Severity severity : {Severity::error, Severity::warning, Severity::note}) {
     const auto count =
         std::count_if(findings.begin(), findings.end(),
@@ -140,8 +141,11 @@ std::string countsText(const std::vector<Finding>& findings, const TextStyle& st
     if (count == 0) continue;
     const std::string part = shownCount(count, nameOf(severity));
     text += (text.empty() ? "" : ", ") + toned(part, toneOf(severity), style);
+    columns += part.size() + 2;
   }
-  return text + ". marrowctl check --explain NAME tells more.\n";
+  constexpr std::string_view kHint = "marrowctl check --explain NAME tells more.\n";
+  const bool fits = columns + kHint.size() <= static_cast<std::size_t>(style.width);
+  return text.append(fits ? ". " : ".\n").append(kHint);
 }
 
 }  // namespace marrowbench::ctl

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
+#include <sstream>
 #include <string>
+#include <string_view>
 
 #include "marrowctl/check/settings_folder.h"
 #include "marrowctl/check/text_parts.h"
@@ -243,6 +245,24 @@ TEST(CheckSummary, CountsKinds) {
   const std::string text = Answers(s.plan("Posx\nPosx\n")).summary;
   EXPECT_TRUE(text.starts_with("Total for 1 client\n")) << text;
   EXPECT_NE(text.find("       2  unknown-method\n"), std::string::npos) << text;
+}
+
+std::string withoutBlanks(std::string_view text) {
+  std::string letters(text);
+  std::erase_if(letters, [](char c) { return c == ' ' || c == '\n'; });
+  return letters;
+}
+
+TEST(ExplanationOf, StaysWithinTheWidthSaveForExamples) {
+  for (const FindingKind& kind : findingKinds()) {
+    const std::string text = explanationOf(kind.name, {false, 60}).value_or("");
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+      EXPECT_TRUE(line.starts_with("    ") || line.size() <= 60U) << line;
+    }
+    // Nothing is lost.
+    EXPECT_TRUE(withoutBlanks(text).ends_with(withoutBlanks(kind.explanation))) << text;
+  }
 }
 
 TEST(ExplanationOf, KnowsFindingsOnly) {
