@@ -48,6 +48,29 @@ def test_a_dash_is_the_standard_input(ctl):
     assert done.returncode == 0, done.stdout
 
 
+def test_a_dash_stands_in_the_current_folder(ctl):
+    text = "posix;0;0;0;64;0;128;1;0;MEMORY;out.bin;log.txt;results.csv;true\n[cfgPath]next.bst\n"
+    ctl.write("next.bst", "# nothing\n")
+    first, second = json.loads(ctl.run("check", "--json", "-", input=text).stdout)["files"]
+    assert (first["chain"], second["path"]) == ("next.bst", "next.bst")
+    assert first["lines"][0]["paths"][0]["dest"] == "out.bin"
+
+
+def test_a_dash_is_a_list_of_clients_too(ctl):
+    done = ctl.run("check", "--json", "--hosts", "-", ctl.good(), input="c1 # one\nc2\n")
+    paths = json.loads(done.stdout)["files"][0]["lines"][1]["paths"]
+    assert [path["host"] for path in paths] == ["c1", "c1", "c2", "c2"]
+
+
+@pytest.mark.parametrize("arguments", [["-", "--hosts", "-"], ["-", "-"],
+                                       ["good.bst", "--hosts", "-", "--hosts", "-"]])
+def test_the_standard_input_is_read_once(ctl, arguments):
+    ctl.good()
+    done = ctl.run("check", *arguments, input="c1\n")
+    assert (done.returncode, done.stdout) == (64, "")
+    assert done.stderr.startswith("marrowctl check: - is the standard input, once\n")
+
+
 @pytest.mark.parametrize("arguments, message", [
     (["missing.bst"], "marrowctl check: missing.bst: No such file or directory\n"),
     (["good.bst", "no/where.bst"], "marrowctl check: no/where.bst: No such file or directory\n"),

@@ -47,8 +47,15 @@ std::string problemOf(const std::string& name) {
   return file.is_open() ? "" : std::strerror(errno);
 }
 
+bool isAskedTwice(const CheckCommand& command, const std::string& name) {
+  return std::count(command.files.begin(), command.files.end(), name) +
+             std::count(command.hostLists.begin(), command.hostLists.end(), name) >
+         1;
+}
+
 // What was named and is not there; what it needs besides to plan.
 std::optional<Outcome> preparePlan(const CheckCommand& command, PlanOptions& options) {
+  if (isAskedTwice(command, "-")) return wrongUsageOf("check", "- is the standard input, once");
   options.files = command.files;
   options.clients = command.clients;
   addNew(options.hosts, command.hosts);

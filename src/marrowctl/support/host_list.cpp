@@ -7,6 +7,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <sstream>
 #include <system_error>
 
@@ -105,13 +106,12 @@ bool addLine(HostList& hosts, const std::string& line) {
   return true;
 }
 
-HostList namesInFile(const std::string& path) {
+HostList namesIn(std::istream& input, const std::string& path) {
   HostList hosts;
-  std::ifstream file(path);
-  for (std::string line; std::getline(file, line);) {
+  for (std::string line; std::getline(input, line);) {
     if (!addLine(hosts, line)) return {{}, path + ": " + hosts.problem};
   }
-  if (!file.eof()) return {{}, path + ": it can't be read", true};
+  if (!input.eof()) return {{}, path + ": it can't be read", true};
   if (hosts.names.empty()) return {{}, path + ": no name stands in it"};
   return hosts;
 }
@@ -125,8 +125,12 @@ HostList namesOf(std::string_view list) {
 }
 
 HostList readHostList(const std::string& list) {
+  if (list == "-") return namesIn(std::cin, list);
   std::error_code code;
-  if (std::filesystem::exists(list, code)) return namesInFile(list);
+  if (std::filesystem::exists(list, code)) {
+    std::ifstream file(list);
+    return namesIn(file, list);
+  }
   // No name of a host holds a "/": a file was meant.
   if (list.find('/') == std::string::npos) return namesOf(list);
   return {{}, list + ": " + std::strerror(ENOENT), true};

@@ -19,7 +19,8 @@ struct HostList {
 [[nodiscard]] HostList namesOf(std::string_view list);
 
 /// The names of a list: where a file of that name exists, those in it, separated by blanks and ends
-/// of lines, with "#" before comments; else those that the list itself names.
+/// of lines, with "#" before comments; else those that the list itself names. "-" is the standard
+/// input.
 [[nodiscard]] HostList readHostList(const std::string& list);
 
 }  // namespace marrowbench::ctl
