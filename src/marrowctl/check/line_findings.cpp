@@ -74,7 +74,8 @@ void addEmptyFields(const PlannedFile& file, const PlannedLine& line, FindingLis
   for (std::size_t i = 0; i < line.fields.size(); ++i) {
     if (!line.fields[i].isOmitted) continue;
     const bool isPath = i >= indexOf(Field::source) && i <= indexOf(Field::table);
-    std::string_view instead = "0 or false";
+    const bool isNumber = i >= kFirstNumber && i <= kLastNumber;
+    std::string_view instead = isNumber ? "0" : "0 or false";
     if (isPath) instead = "a path, MEMORY for memory, or a blank between the separators";
     if (i == indexOf(Field::method)) instead = "the method";
     findings.onField("empty-field", file, line, static_cast<Field>(i),
