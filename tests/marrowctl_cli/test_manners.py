@@ -49,11 +49,12 @@ def test_a_dash_is_the_standard_input(ctl):
 
 
 def test_a_dash_stands_in_the_current_folder(ctl):
-    text = "posix;0;0;0;64;0;128;1;0;MEMORY;out.bin;log.txt;results.csv;true\n[cfgPath]next.bst\n"
+    text = "posix;0;0;0;64;0;128;1;0;MEMORY;out.bin;[cfgPath]log.txt;results.csv;true\n[cfgPath]next.bst\n"
     ctl.write("next.bst", "# nothing\n")
     first, second = json.loads(ctl.run("check", "--json", "-", input=text).stdout)["files"]
     assert (first["chain"], second["path"]) == ("next.bst", "next.bst")
-    assert first["lines"][0]["paths"][0]["dest"] == "out.bin"
+    paths = first["lines"][0]["paths"][0]
+    assert (paths["dest"], paths["log"]) == ("out.bin", "log.txt")
 
 
 def test_a_dash_is_a_list_of_clients_too(ctl):
@@ -69,6 +70,40 @@ def test_the_standard_input_is_read_once(ctl, arguments):
     done = ctl.run("check", *arguments, input="c1\n")
     assert (done.returncode, done.stdout) == (64, "")
     assert done.stderr.startswith("marrowctl check: - is the standard input, once\n")
+
+
+def tree_of(folder):
+    # Opening a pipe would wait for its other end.
+    return {path.relative_to(folder): (path.lstat().st_mtime_ns, path.lstat().st_size,
+                                       path.read_bytes() if path.is_file() else b"")
+            for path in folder.rglob("*")}
+
+
+def test_nothing_is_touched_that_a_test_names(ctl):
+    (ctl.folder / "new").mkdir()
+    os.mkfifo(ctl.folder / "pipe")
+    for name in ("in.bin", "log.txt", "old.csv"):
+        ctl.write(name, "old")
+    ctl.write("a.bst", "".join(f"{method};0;0;0;64;0;128;2;0;{source};{dest};{log};{table};true\n"
+                               for method in ("posix", "ansic", "stream", "system")
+                               for source, dest, log, table in (
+                                   ("MEMORY", "new/a/[iter].bin", "log.txt", "old.csv"),
+                                   ("in.bin", "pipe", "pipe", "new/b/results.csv"),
+                                   ("pipe", "MEMORY", "[host].log", "pipe"),
+                                   ("pipe", "in.bin", "new", "new"))).replace(";new", f";{ctl.folder}/new"))
+    before = tree_of(ctl.folder)
+    for options in ([], ["--json"], ["--hosts", "c[1-3]"]):
+        assert ctl.run("check", "a.bst", *options).returncode == 2
+    assert tree_of(ctl.folder) == before
+
+
+def test_names_need_not_be_utf_8(ctl):
+    name = os.fsdecode(b"\xff.bst")
+    ctl.good(name)
+    done = ctl.run("check", "--json", "--host", os.fsdecode(b"c\xfe"), name)
+    file = json.loads(done.stdout)["files"][0]
+    assert (file["path"], file["lines"][0]["paths"][0]["host"]) == ("\ufffd.bst", "c\ufffd")
+    assert done.returncode == 0
 
 
 @pytest.mark.parametrize("arguments, message", [
@@ -122,6 +157,8 @@ def test_a_closed_pipe_ends_it_by_its_signal(ctl):
 def test_a_signal_ends_it(ctl, number):
     waiting = subprocess.Popen([*COMMAND, "check", "-"], stdin=subprocess.PIPE, cwd=ctl.folder,
                                preexec_fn=lambda: signal.signal(number, signal.SIG_DFL))
+    # More than a pipe holds: some of it is read, so that the program is at work.
+    waiting.stdin.write(b"#" * 1000000)
     waiting.send_signal(number)
     # A shell tells either as 128 and the number.
     assert waiting.wait(timeout=60) in (-number, 128 + number)

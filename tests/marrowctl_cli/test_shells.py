@@ -7,8 +7,9 @@ import pytest
 from conftest import ROOT
 from shells import COMPLETION, SHELLS, TYPED, needs, offered, offered_by_fish, typed
 
-FINDINGS = set(re.findall(r"^\.It Cm ([a-z-]+) Pq [EWN]$",
+LETTERS = dict(re.findall(r"^\.It Cm ([a-z-]+) Pq ([EWN])$",
                           (ROOT / "docs/man/marrowctl-check.1").read_text(), re.M))
+FINDINGS = set(LETTERS)
 COMMANDS = ["check", "sweep", "report", "compare"]
 SCRIPTS = {"bash": COMPLETION / "marrowctl", "zsh": COMPLETION / "_marrowctl",
            "fish": COMPLETION / "marrowctl.fish"}
@@ -40,7 +41,11 @@ def test_manual_page_has_every_finding():
 
 
 def test_every_finding_of_the_page_can_be_explained(ctl):
-    assert [name for name in FINDINGS if ctl.run("check", "--explain", name).returncode != 0] == []
+    severities = {"E": "error", "W": "warning", "N": "note"}
+    for name, letter in LETTERS.items():
+        done = ctl.run("check", "--explain", name)
+        assert done.returncode == 0
+        assert done.stdout.startswith(f"{name} ({severities[letter]})\n\n")
 
 
 @pytest.mark.parametrize("command", COMMANDS)

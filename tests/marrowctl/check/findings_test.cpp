@@ -138,6 +138,8 @@ const std::vector<Case>& cases() {
       {"exists-already", writing("ansic;0;0;0;4;0;4;1;0", "^sub"),
        writing("ansic;0;0;0;4;0;4;1;0", "sub/d.bin"), "dest", E,
        [](SettingsFolder& s) { mkdir(s.path("sub").c_str(), 0777); }},
+      {"exists-already", "ansic;0;0;0;4;0;0;2;0;s.bin;^d.bin;l;r.csv\n",
+       "ansic;0;0;0;4;0;0;2;0;s.bin;d_[iter].bin;l;r.csv\n", "dest", E},
       {"whole-copy-refused", "posix;0;0;0;^-1;0;0;1;0;s.bin;d.bin;l;r.csv\n",
        "stream;0;0;0;-1;0;0;1;0;s.bin;d.bin;l;r.csv\n", "chunkBytes", E},
       {"whole-copy-refused", "ansic;0;0;0;^2097152;0;0;1;0;s.bin;d.bin;l;r.csv\n",
@@ -176,6 +178,12 @@ const std::vector<Case>& cases() {
        writing("posix;0;0;0;4;0;4;2147483647;0"), "iterations", W},
       {"number-wraps", writing("posix;0;0;^65536;4;0;4;1;0"), writing("posix;0;0;65535;4;0;4;1;0"),
        "chunkWaitMs", W},
+      {"number-wraps", writing("posix;0;0;^4294967296;4;0;4;1;0"), writing("posix;0;0;0;4;0;4;1;0"),
+       "chunkWaitMs", W},
+      {"number-wraps", writing("posix;0;0;0;4;^4294967295;4;1;0"),
+       writing("posix;0;0;0;4;-1;4;1;0"), "systemBuffer", W},
+      {"number-wraps", writing("posix;0;0;0;4;0;4;1;^-2147483649"),
+       writing("posix;0;0;0;4;0;4;1;-2147483648"), "cacheMode", W},
       {"number-wraps", writing("posix;0;0;0;4;0;^4294967297;1;0"),
        writing("posix;0;0;0;4;0;2147483647;1;0"), "fileBytes", W},
       {"size-capped", writing("posix;0;0;0;4;0;^1048577;1;0"),
@@ -209,6 +217,8 @@ const std::vector<Case>& cases() {
        "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;[host].log;r_[host].csv;true\n", "table", W, kFleet},
       {"no-table", "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;l; ^;true\n",
        "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;l;r.csv;true\n", "table", W},
+      {"no-log", "posix;0;0;0;4;0;4;1;0;MEMORY;\xC3\xA4.bin; ^;r.csv;true\n",
+       "posix;0;0;0;4;0;4;1;0;MEMORY;\xC3\xA4.bin;l;r.csv;true\n", "log", N},
       {"no-log", "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin; ^;r.csv;true\n",
        "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;l;r.csv;true\n", "log", N},
       {"source-missing", "posix;0;0;0;4;0;0;1;0;^s.bin;MEMORY;l;r.csv\n",
@@ -386,6 +396,84 @@ TEST(FindingKinds, AreExplainedWithAnExample) {
   }
 }
 
+TEST(FindingKinds, HaveNamesInLowerCaseWithHyphens) {
+  for (const FindingKind& kind : findingKinds()) {
+    EXPECT_EQ(kind.name.find_first_not_of("abcdefghijklmnopqrstuvwxyz-"), std::string_view::npos)
+        << kind.name;
+  }
+}
+
+// The message of the first finding of this name.
+std::string messageOf(const SettingsFolder& settings, const std::string& name,
+                      const std::string& text) {
+  const auto findings = settings.findings(text);
+  const Finding* const finding = find(findings, name);
+  return finding == nullptr ? "none in " + shown(findings) : finding->message;
+}
+
+TEST(Findings, SayWhatWasMeant) {
+  const struct {
+    const char *name, *text, *meant;
+  } cases[] = {
+      {"unknown-method", "Posx;0\n", "Posix"},
+      {"unknown-allow", "# marrowctl: allow nolog\n", "no-log"},
+      {"unknown-placeholder", "posix;0;0;0;4;0;4;1;0;MEMORY;[hots].bin;l;r.csv;true\n", "host"}};
+  const SettingsFolder settings;
+  for (const auto& c : cases) {
+    const std::string message = messageOf(settings, c.name, c.text);
+    EXPECT_TRUE(message.ends_with(std::string("; did you mean ") + c.meant + "?")) << message;
+  }
+}
+
+TEST(BadNumber, NamesTheCharacter) {
+  const struct {
+    const char *number, *name;
+  } cases[] = {{"1M", "\"M\""},
+               {"1 0", "a blank"},
+               {"1\t0", "a tab"},
+               {"1.5", "\".\""},
+               {"--1", "\"-\""},
+               {"4\xC3\xA4", "\"\xC3\xA4\""},
+               {"4\xFF", "the byte 0xFF"},
+               {"4\x01", "the byte 0x01"}};
+  const SettingsFolder settings;
+  for (const auto& c : cases) {
+    EXPECT_EQ(messageOf(settings, "bad-number",
+                        writing("posix;0;0;0;" + std::string(c.number) + ";0;4;1;0")),
+              std::string("the line is refused: ") + c.name + " is no part of a number");
+  }
+}
+
+TEST(Findings, SayHereOfWhatTheyLookAtHere) {
+  const SettingsFolder settings;
+  settings.write("old.bin", "x");
+  const std::string read = ";MEMORY;l;r.csv;true\n";
+  const struct {
+    const char* name;
+    std::string text;
+  } cases[] = {{"exists-already", writing("ansic;0;0;0;4;0;4;1;0", "old.bin")},
+               {"source-missing", "posix;0;0;0;4;0;0;1;0;s.bin" + read},
+               {"source-missing", "posix;0;0;0;4;0;0;1;0;s_[date].bin" + read},
+               {"table-is-special", "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin;/dev/null;r.csv;true\n"},
+               {"space-short", writing("posix;0;0;0;4;0;1048576;1000000;0", "d_[iter].bin")}};
+  for (const auto& c : cases) {
+    const std::string message = messageOf(settings, c.name, c.text);
+    EXPECT_NE(message.find(" here"), std::string::npos) << message;
+  }
+  // What a line before has written says nothing of this machine.
+  const std::string again = writing("ansic;0;0;0;4;0;4;1;0", "d.bin");
+  EXPECT_EQ(messageOf(settings, "exists-already", again + again).find(" here"), std::string::npos);
+}
+
+TEST(EmptyField, ComesBesideTheBadNumberOfItsField) {
+  const SettingsFolder settings;
+  EXPECT_EQ(namesOf(settings.findings(writing("posix;0;0;0;4;0;;1;0"))),
+            (std::vector<std::string>{"bad-number", "empty-field"}));
+  // Nothing behind the last separator is the end of the line.
+  EXPECT_EQ(namesOf(settings.findings(kWrite + "posix;0;0;0;4;0;4;1;0;MEMORY;e_[host];l;r.csv;\n")),
+            std::vector<std::string>{});
+}
+
 TEST(NotASettingsName, IsAFileWithAnotherEnding) {
   SettingsFolder settings;
   settings.write("t.txt", kWrite);
@@ -446,6 +534,29 @@ TEST(PathTooLong, TellsTemplatesAndExpansionsThatAreCut) {
         << l.length << " " << l.end << "\n"
         << shown(findings);
   }
+}
+
+TEST(PathTooLong, IsToldOfEveryPath) {
+  const std::string name(200, 'x');
+  const std::string path = "/" + name + "/" + name + "/" + name;
+  const struct {
+    std::string line;
+    std::optional<std::string> field;
+  } cases[] = {{"posix;0;0;0;4;0;4;1;0;" + path + ";MEMORY;l;r.csv;true\n", "source"},
+               {"posix;0;0;0;4;0;4;1;0;MEMORY;" + path + ";l;r.csv;true\n", "dest"},
+               {"posix;0;0;0;4;0;4;1;0;MEMORY;d;" + path + ";r.csv;true\n", "log"},
+               {"posix;0;0;0;4;0;4;1;0;MEMORY;d;l;" + path + ";true\n", "table"},
+               {path + ".bst\n", std::nullopt}};
+  const SettingsFolder settings;
+  for (const auto& c : cases) {
+    const auto findings = settings.findings(c.line);
+    const Finding* const finding = find(findings, "path-too-long");
+    ASSERT_NE(finding, nullptr) << c.line << shown(findings);
+    EXPECT_EQ(finding->field, c.field);
+    EXPECT_EQ(finding->severity, E);
+  }
+  const std::string room = path.substr(0, 500 - 4) + ".bst\n";
+  EXPECT_EQ(find(settings.findings(room), "path-too-long"), nullptr);
 }
 
 TEST(FolderRefused, TellsWhyNoFolderIsMade) {
@@ -548,6 +659,18 @@ TEST(Findings, AllowedOnesAreLeftOutErrorsToo) {
   const std::string line = "posix;0;0;0;4K;0;4;1;0;MEMORY;d.bin;l;r.csv;true\n";
   EXPECT_EQ(namesOf(settings.findings(line)), std::vector<std::string>{"bad-number"});
   EXPECT_TRUE(settings.findings(line + "# marrowctl: allow no-log bad-number\n").empty());
+}
+
+TEST(Findings, AreAllowedInTheFileOfTheCommentOnly) {
+  const SettingsFolder settings;
+  const std::string line = "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin; ;r.csv\n";
+  settings.write("n.bst", line);
+  // Behind the chain line, too, and of the whole file.
+  const auto findings = settings.findings(line +
+                                          "[cfgPath]n.bst\n# marrowctl: allow no-log\n"
+                                          "# marrowctl: allow no-done-flag unknown-allow nolog\n");
+  EXPECT_EQ(namesOf(findings), (std::vector<std::string>{"no-done-flag", "no-log"}));
+  for (const Finding& finding : findings) EXPECT_EQ(finding.file, settings.path("n.bst"));
 }
 
 TEST(Findings, TheStandardLineHasNone) {
