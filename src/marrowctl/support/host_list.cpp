@@ -116,6 +116,17 @@ HostList namesIn(std::istream& input, const std::string& path) {
   return hosts;
 }
 
+HostList namesInFile(const std::string& path) {
+  std::error_code ignored;
+  // Not every library takes the reading of a folder for a failure.
+  if (std::filesystem::is_directory(path, ignored)) {
+    return {{}, path + ": " + std::strerror(EISDIR), true};
+  }
+  std::ifstream file(path);
+  if (!file.is_open()) return {{}, path + ": " + std::strerror(errno), true};
+  return namesIn(file, path);
+}
+
 }  // namespace
 
 HostList namesOf(std::string_view list) {
@@ -127,10 +138,7 @@ HostList namesOf(std::string_view list) {
 HostList readHostList(const std::string& list) {
   if (list == "-") return namesIn(std::cin, list);
   std::error_code code;
-  if (std::filesystem::exists(list, code)) {
-    std::ifstream file(list);
-    return namesIn(file, list);
-  }
+  if (std::filesystem::exists(list, code)) return namesInFile(list);
   // No name of a host holds a "/": a file was meant.
   if (list.find('/') == std::string::npos) return namesOf(list);
   return {{}, list + ": " + std::strerror(ENOENT), true};

@@ -74,6 +74,7 @@ TEST(ReadHostList, SaysWhyAFileGivesNone) {
   EXPECT_TRUE(readHostList(odd).names.empty());
   EXPECT_FALSE(readHostList(odd).isUnreadable);
   EXPECT_TRUE(readHostList(folder.path()).isUnreadable);
+  EXPECT_EQ(readHostList(folder.path()).problem, folder.path() + ": Is a directory");
 }
 
 TEST(ReadHostList, TakesAPathForAFile) {
