@@ -10,7 +10,8 @@ namespace marrowbench::ctl {
 namespace {
 
 constexpr std::string_view kSuffix = ".bst";
-// The program knows no folder whose text is shorter.
+// The program knows no folder whose text is shorter; where it makes folders below one, this one's
+// text without its "/".
 constexpr std::size_t kShortestFolder = 3;
 
 bool isUsual(char c) {
@@ -66,8 +67,9 @@ std::string OutputName::anchored(const std::string& path) const {
   const FixedString file = std::string_view(folder + path + "x");
   // Beside the settings file no folder has to be made.
   const bool isBeside = path.find('/') == std::string::npos;
-  const FixedString needed = isBeside ? parentFolder(file) : thirdParentFolder(file);
-  return needed.length() < kShortestFolder ? "./././" + path : path;
+  const bool isKnown = isBeside ? parentFolder(file).length() >= kShortestFolder
+                                : thirdParentFolder(file).length() > kShortestFolder;
+  return isKnown ? path : "./././" + path;
 }
 
 std::string readOutputName(const std::string& output, OutputName& name) {

@@ -19,8 +19,8 @@ struct OutputName {
 
   /// A path of a settings line, of a file or of a folder with "/" at its end, for which the program
   /// finds or makes the folder: it knows none whose text has fewer than three characters, and it
-  /// makes one only where it knows the one two levels above. "./././" is put before a relative path
-  /// that would lack one of them.
+  /// makes one only where it knows the one two levels above, "abc/" at least. "./././" is put
+  /// before a relative path that would lack one of them.
   [[nodiscard]] std::string anchored(const std::string& path) const;
 };
 

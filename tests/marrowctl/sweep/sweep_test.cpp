@@ -203,7 +203,9 @@ TEST(Sweep, AFolderThatTheProgramDoesNotKnowIsAvoided) {
   // A new folder must have a known one two levels above.
   SweepOptions options{.dest = "data/x.bin,x.bin,a/b/x.bin", .output = "ab/sweep.bst"};
   EXPECT_EQ(destsOf(sweepOf(options)),
-            "ab/./././data/x_[host].bin\nab/x_[host].bin\nab/a/b/x_[host].bin\n");
+            "ab/./././data/x_[host].bin\nab/x_[host].bin\nab/./././a/b/x_[host].bin\n");
+  options = {.dest = "data/x.bin,a/b/x.bin", .output = "abc/sweep.bst"};
+  EXPECT_EQ(destsOf(sweepOf(options)), "abc/./././data/x_[host].bin\nabc/a/b/x_[host].bin\n");
   options = {.dest = "data/,data/x.bin", .output = "/srv/two/sweep.bst"};
   EXPECT_EQ(destsOf(sweepOf(options)),
             "/srv/two/data/[host]_write_posix_1M_256M.bin\n/srv/two/data/x_[host].bin\n");
