@@ -43,7 +43,8 @@ class PlannedTest:
     @property
     def is_refused(self):
         """The folder of an iteration is not made, so that it and those behind it are not run."""
-        return self.has({"folder-refused"}, "dest")
+        return any(finding["name"] == "folder-refused" and finding["message"].startswith("the test is not run")
+                   for finding in self.findings)
 
     @property
     def keeps_rows(self):

@@ -1,8 +1,12 @@
 """What sweep writes, and where."""
 
+import os
 import re
+import subprocess
 
 import pytest
+
+from conftest import EMULATOR
 
 
 def lines_of(text):
@@ -110,3 +114,17 @@ def test_files_pass_a_strict_check(ctl, options):
     hosts = ["--hosts", "c[1-3]"] if "--neighbour" in options else []
     done = ctl.run("check", "--strict", "x.bst", *hosts)
     assert done.returncode == 0, done.stdout
+
+
+@pytest.mark.parametrize("output", ["x.bst", "./x.bst", "a/x.bst", "ab/x.bst", "abc/x.bst", "a/b/x.bst", "/x.bst"])
+def test_files_can_be_run_from_every_folder(ctl, output):
+    if output.startswith("/"):
+        output = f"{ctl.folder}{output}"
+    (ctl.folder / output).parent.mkdir(parents=True, exist_ok=True)
+    options = ["--method", "posix,ansic", "--kind", "write,copy,read", "--size", "64K"]
+    assert ctl.run("sweep", *options, "--output", output).returncode == 0
+    done = subprocess.run([*EMULATOR, os.environ["MARROWBENCH_FAST_PROGRAM"], output], cwd=ctl.folder,
+                          capture_output=True, text=True, timeout=60)
+    table = (ctl.folder / output).with_name("x_results.csv").read_text()
+    rows = re.findall(r"^\w+ \d+\. .*,(?:Posix|AnsiC),", table, re.M)
+    assert ("ERROR" in done.stdout, len(rows)) == (False, 6), done.stdout

@@ -18,21 +18,34 @@ namespace marrowbench::ctl {
 namespace {
 
 constexpr std::size_t kShortest = 3;
+// With its "/": where two levels are made, the folder above them is looked for without it.
+constexpr std::size_t kShortestAboveTwo = kShortest + 1;
 
 std::string textOf(const FixedString& folder) {
   return folder.isEmpty() ? "." : std::string(folder.view());
 }
 
+// What becomes of the folder of a file.
+enum class Provision {
+  there,
+  refused,  // the client does not try to make it
+  notMade   // it tries in vain, and goes on
+};
+
 // The folders that there will be when the tests before have made theirs.
 class Foresight {
  public:
-  /// As provideFolderOf() will answer; what it will make is remembered.
-  bool provide(const FixedString& path) {
+  /// As provideFolderOf() will do; what it will make is remembered.
+  Provision provide(const FixedString& path) {
     const FixedString folder = parentFolder(path);
-    if (exists(folder)) return true;
-    if (!exists(thirdParentFolder(path))) return false;
+    if (exists(folder)) return Provision::there;
+    const FixedString above = thirdParentFolder(path);
+    if (!exists(above)) return Provision::refused;
+    if (above.length() < kShortestAboveTwo && !exists(parentFolder(folder))) {
+      return Provision::notMade;
+    }
     remember(folder);
-    return true;
+    return Provision::there;
   }
 
   /// In truth, be its text as short as it is.
@@ -75,7 +88,7 @@ class FolderGroup {
   void add(const SurveyedTest& test) {
     if (!test.text(Field::log).empty()) {
       addComplaint(test, Field::log, test.log());
-      (void)refusedFolder(test, test.log());
+      (void)lackingFolder(test, test.log());
     }
     if (!test.isRepeated()) return;
     if (!test.dest().isEmpty()) addRefusal(test, Field::dest, test.dest());
@@ -102,10 +115,13 @@ class FolderGroup {
   }
 
   void addRefusal(const SurveyedTest& test, Field field, const PathPattern& pattern) {
-    const std::string path = refusedFolder(test, pattern);
-    if (path.empty()) return;
-    Advice advice = refusalOf(std::string_view(path));
-    const std::string effect = field == Field::dest ? "the test is not run" : "no row is written";
+    const Lack lack = lackingFolder(test, pattern);
+    if (lack.path.empty()) return;
+    Advice advice = refusalOf(std::string_view(lack.path));
+    std::string effect = "no row is written";
+    if (field == Field::dest) {
+      effect = lack.how == Provision::refused ? "the test is not run" : "the test fails";
+    }
     advice.message.insert(0, effect + ": ");
     findings.onField("folder-refused", test, field, std::move(advice));
   }
@@ -119,7 +135,7 @@ class FolderGroup {
                           folder),
               kLongerFolder};
     }
-    if (thirdParentFolder(path).length() < kShortest) {
+    if (thirdParentFolder(path).length() < kShortestAboveTwo) {
       return {fmt::format("{} is missing here, and a client makes no folder so near to the "
                           "beginning of a path",
                           folder),
@@ -131,8 +147,14 @@ class FolderGroup {
             "correct the path, or make the folder beforehand"};
   }
 
-  // The path of the first client that is refused a folder, empty for none.
-  std::string refusedFolder(const SurveyedTest& test, const PathPattern& pattern) {
+  // A file without a folder; an empty path for none.
+  struct Lack {
+    std::string path;
+    Provision how = Provision::there;
+  };
+
+  // The one of the first client that has such a file.
+  Lack lackingFolder(const SurveyedTest& test, const PathPattern& pattern) {
     const std::string folderPattern(parentFolder(std::string_view(pattern.text)).view());
     if (provided.contains(folderPattern)) return {};
     const bool isNumbered = folderPattern.find(kIterationMark) != std::string::npos;
@@ -141,7 +163,8 @@ class FolderGroup {
     for (std::size_t host = 0; host < survey.hostsToAsk(pattern); ++host) {
       for (const std::int32_t iteration : iterations) {
         std::string path = survey.path(test, pattern, host, iteration);
-        if (!foresight.provide(std::string_view(path))) return path;
+        const Provision how = foresight.provide(std::string_view(path));
+        if (how != Provision::there) return {std::move(path), how};
       }
     }
     // Another test may have more iterations.

@@ -16,9 +16,10 @@ Shorten the names, a table's path to 241 characters or fewer.)"},
     {"folder-refused", Severity::error,
      R"(A client makes the folder of a file, but two missing levels at most, so that a mistyped path grows
 no tree on the share. With three or more missing the test is not run; of a table no row is written. A
-folder whose text has fewer than three characters ("", "./", "d/") counts as missing, and so does a
-missing one for which no three are left two levels above it. That is so for relative paths where the
-client was started in the settings file's folder, marrowbench tests.bst, or in the one above.
+folder whose text has fewer than three characters ("", "./", "d/") counts as missing, and a missing one
+is not made where fewer than three characters and a "/" are left two levels above it. That is so for
+relative paths where the client was started in the settings file's folder, marrowbench tests.bst, or in
+the one above.
 
     Posix;0;0;0;1024;0;1024;1;0;MEMORY;/mnt/shear/a/b/data.bin;log.txt;results.csv;true
 

@@ -578,10 +578,37 @@ TEST(FolderRefused, TellsWhyNoFolderIsMade) {
 }
 
 // Of a settings file that is named by a relative path.
-std::vector<std::string> namesInCurrentFolder(const std::string& text) {
+std::vector<Finding> findingsInCurrentFolder(const std::string& text) {
   marrowbench::test::writeFile("t.bst", text);
   std::istringstream nothing;
-  return namesOf(check(makePlan({{"t.bst"}, {"pc1"}, 0}, nothing)));
+  return check(makePlan({{"t.bst"}, {"pc1"}, 0}, nothing));
+}
+
+std::vector<std::string> namesInCurrentFolder(const std::string& text) {
+  return namesOf(findingsInCurrentFolder(text));
+}
+
+TEST(FolderRefused, TwoLevelsAreNotMadeBelowAFolderOfTwoCharacters) {
+  const marrowbench::test::WorkingFolder folder;
+  for (const char* name : {"ab", "abc"}) std::filesystem::create_directory(name);
+  const auto findings = [](const std::string& dest, const std::string& table) {
+    return findingsInCurrentFolder("posix;0;0;0;4;0;4;1;0;MEMORY;" + dest + ";/tmp/l.log;" + table +
+                                   ";true\n");
+  };
+  for (const char* above : {"ab/", "../"}) {
+    const std::string path = std::string(above) + "c/d/";
+    const std::string why =
+        "\"" + path + "\" is missing here, and a client makes no folder so near";
+    const auto data = findings(path + "x.bin", "/tmp/r.csv");
+    ASSERT_EQ(namesOf(data), std::vector<std::string>{"folder-refused"});
+    EXPECT_TRUE(data[0].message.starts_with("the test fails: " + why)) << data[0].message;
+    const auto table = findings("/tmp/x.bin", path + "r.csv");
+    ASSERT_EQ(namesOf(table), std::vector<std::string>{"folder-refused"});
+    EXPECT_TRUE(table[0].message.starts_with("no row is written: " + why)) << table[0].message;
+  }
+  EXPECT_TRUE(findings("abc/c/d/x.bin", "abc/e/f/r.csv").empty());
+  std::filesystem::create_directory("ab/c");
+  EXPECT_TRUE(findings("ab/c/d/x.bin", "ab/c/e/r.csv").empty());
 }
 
 TEST(FolderComplaint, IsARefusalForATableWhereTheFolderIsNotThere) {

@@ -112,9 +112,10 @@ TEST_F(ObjectionsTo, FilesAtTheirPlaceWhateverStandsThere) {
   EXPECT_EQ(objections({.size = "64K", .output = "far/sweep.bst"}), "");
   EXPECT_EQ(objections({.size = "64K", .dest = "x/y/", .output = "far/sweep.bst"}), "");
   // New folders of one level, and none, below folders of which the program knows little.
-  for (const char* output : {"sweep.bst", "./sweep.bst", "a/sweep.bst", "far/sweep.bst"}) {
-    fs::create_directory("a");
-    for (const char* dest : {"x/", "x", "[host]/", "d.bin"}) {
+  for (const char* name : {"a", "ab"}) fs::create_directory(name);
+  for (const char* output :
+       {"sweep.bst", "./sweep.bst", "a/sweep.bst", "ab/sweep.bst", "far/sweep.bst"}) {
+    for (const char* dest : {"x/", "x", "[host]/", "d.bin", "x/y/"}) {
       EXPECT_EQ(objections({.size = "64K", .dest = dest, .table = "t/r.csv", .output = output}), "")
           << output << " " << dest;
     }
