@@ -35,9 +35,11 @@ bool ExclusiveFile::isReplaced() const {
 void ExclusiveFile::write(const FixedString& text) {
   (void)std::fwrite(text.c_str(), text.length(), 1, file);
   (void)std::fflush(file);
-  // An NFS client sends the text when it is asked for the file's times, which are its last then. On
-  // sshfs the answer may be about another's file, which is younger.
-  const std::optional<Sighting> written = seeOpen(fileno(file));
+  // An NFS client sends the text when it is asked for the file's times, which are its last then.
+  // Asked by its path, where another's younger file may stand: a GlusterFS client that is asked for
+  // the descriptor takes the answer for what is at the path, for a second, although the file is
+  // deleted.
+  const std::optional<Sighting> written = see(path);
   if (own && written && mayBeOne(*own, *written)) own = written;
 }
 
