@@ -23,4 +23,8 @@ install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
 if(TARGET marrowctl)
   install(DIRECTORY docs/schemas DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.schema.json")
 endif()
+if(charts_bundle)
+  get_filename_component(charts_folder ${charts_bundle} DIRECTORY)
+  install(FILES ${charts_folder}/charts-licences.txt DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL)
+endif()
 install(FILES CHANGELOG.md packaging/copyright DESTINATION ${CMAKE_INSTALL_DOCDIR})

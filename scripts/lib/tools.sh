@@ -34,6 +34,11 @@ install_with_apt() {
     apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 
+# The charts of marrowctl's page are made by npm. It may have come with node, as no package.
+install_npm() {
+  command -v npm >/dev/null || install_missing npm node
+}
+
 # Only marrowctl needs these.
 LIBRARY_PACKAGES="libcli11-dev nlohmann-json3-dev libfmt-dev"
 LIBRARY_FORMULAE="cli11 nlohmann-json fmt"
@@ -42,7 +47,7 @@ BUILD_FORMULAE="cmake ninja $LIBRARY_FORMULAE"
 BENCH_PACKAGES="$BUILD_PACKAGES libbenchmark-dev python3 fio time"
 BENCH_FORMULAE="$BUILD_FORMULAE google-benchmark fio"
 TEST_PACKAGES="$BUILD_PACKAGES libgtest-dev libbenchmark-dev python3-pytest python3-fusepy
-  python3-jsonschema strace valgrind util-linux mandoc"
+  python3-jsonschema chromium strace valgrind util-linux mandoc"
 TEST_FORMULAE="$BUILD_FORMULAE googletest google-benchmark pytest"
 ALL_PACKAGES="$TEST_PACKAGES googletest clang-14 libc++-14-dev libc++abi-14-dev libclang-rt-14-dev
   lld-14 clang-format-14 clang-tidy-14 zsh fish e2fsprogs

@@ -42,6 +42,11 @@ def test_every_file_has_its_usual_place(installed):
         "share/zsh/site-functions/_marrowctl",
         "share/fish/vendor_completions.d/marrowctl.fish",
     }
+    # Only with the page of charts.
+    licences = "share/doc/marrowbench/charts-licences.txt"
+    if (BUILD / "charts").exists():
+        assert licences in files
+    files.discard(licences)
     # Only where its libraries are.
     assert companion & files == (companion if (BUILD / "marrowctl").exists() else set())
     assert files - companion == {

@@ -153,7 +153,14 @@ def test_every_system_has_its_archive(system):
         names = {name.split("/", 1)[-1] for name in archive.getnames()}
     assert {"bin/marrowbench", "bin/marrowctl", "share/man/man1/marrowbench.1",
             "share/man/man1/marrowctl-check.1", "share/doc/marrowbench/schemas/check.schema.json",
-            "share/doc/marrowbench/examples/quick.bst"} <= names
+            "share/doc/marrowbench/examples/quick.bst", "share/doc/marrowbench/charts-licences.txt"} <= names
+
+
+def test_sources_hold_the_chart_library():
+    with tarfile.open(the_only("marrowbench-*[0-9].tar.gz")) as archive:
+        folder = f"marrowbench-{VERSION}/packaging/charts"
+        assert {f"{folder}/charts.js", f"{folder}/charts-licences.txt", f"{folder}/package.json"} <= set(
+            archive.getnames())
 
 
 def test_sums_are_those_of_the_files():
