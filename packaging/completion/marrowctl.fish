@@ -74,5 +74,7 @@ end
 complete -c marrowctl -n '__marrowctl_has_command report' -l clients -x -d 'how many clients there should be'
 complete -c marrowctl -n '__marrowctl_has_command report' -l done -x -a '(__fish_complete_directories)' -d 'where the done markers are'
 complete -c marrowctl -n '__marrowctl_has_command report' -l link -x -d "speed of each client's link"
+complete -c marrowctl -n '__marrowctl_has_command report' -l html -rF -d 'write a page with charts'
+complete -c marrowctl -n '__marrowctl_has_command report' -l force -d 'overwrite the page'
 complete -c marrowctl -n '__marrowctl_has_command report' -l tidy -d 'a clean table'
 complete -c marrowctl -n '__marrowctl_has_command compare' -l fail-if-slower -x -d 'exit status 3 beyond this'

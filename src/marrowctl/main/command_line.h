@@ -52,6 +52,8 @@ struct ReportCommand {
   std::int64_t clients = 0;  ///< that there should be; 0: not known
   std::string doneFolder;    ///< of done markers; empty: not looked at
   std::string link;          ///< speed of a client's link: "10G"; empty: not known
+  std::string page;          ///< file that is to be written; empty: none
+  bool overwrites = false;   ///< it may be there already
   ReportFormat format = ReportFormat::text;
 };
 

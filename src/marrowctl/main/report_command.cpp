@@ -12,6 +12,8 @@
 #include "marrowctl/report/link_speed.h"
 #include "marrowctl/report/make_report.h"
 #include "marrowctl/report/output.h"
+#include "marrowctl/report/page/page.h"
+#include "marrowctl/support/new_files.h"
 #include "marrowctl/support/terminal.h"
 #include "marrowctl/support/units.h"
 
@@ -68,6 +70,22 @@ Outcome printed(const Report& report, ReportFormat format) {
   return {status, reportText(report, styleOf(stdout)), ""};
 }
 
+std::string problemOfPage(const ReportCommand& command) {
+  if (command.page.empty() || canMakePages()) return {};
+  return "--html: this program was built without the library of its charts (MARROWBENCH_CHARTS)";
+}
+
+// Prints the report, and writes its page where one is asked for.
+Outcome delivered(const Report& report, const ReportCommand& command) {
+  if (command.page.empty()) return printed(report, command.format);
+  const std::string problem = writeNewFiles(
+      {{command.page, pageOf(report, "marrowctl " MARROWCTL_VERSION)}}, command.overwrites);
+  if (!problem.empty()) return impossible("report", problem);
+  Outcome outcome = printed(report, command.format);
+  outcome.messages += "marrowctl report: written: " + command.page + "\n";
+  return outcome;
+}
+
 }  // namespace
 
 Outcome runReport(const ReportCommand& command) {
@@ -81,6 +99,8 @@ Outcome runReport(const ReportCommand& command) {
     const std::string problem = problemOfFolder(command.doneFolder);
     if (!problem.empty()) return impossible("report", problem);
   }
+  if (const std::string problem = problemOfPage(command); !problem.empty())
+    return impossible("report", problem);
   TableSource source;
   if (const auto outcome = prepareSource("report", command.from, source)) return *outcome;
   ReadOptions reading = readOptionsOf(command.from, source, command.tables);
@@ -91,7 +111,7 @@ Outcome runReport(const ReportCommand& command) {
   options.hosts = source.hosts;
   options.clients = command.clients;
   options.doneFolder = command.doneFolder;
-  return printed(makeReport(std::move(read.set), options), command.format);
+  return delivered(makeReport(std::move(read.set), options), command);
 }
 
 }  // namespace marrowbench::ctl

@@ -13,6 +13,8 @@ Command readReport(const Subcommand& self, Arguments arguments) {
   options.text("--done", report.doneFolder, "FOLDER", "Where the done markers are: _NAME_log");
   options.text("--link", report.link, "SPEED",
                "Of each client's link, as 10G: faster rows are doubtful");
+  options.text("--html", report.page, "FILE", "Write a page with charts, besides");
+  options.flag("--force", report.overwrites, "Overwrite the page where it exists");
   options.flag("--json", isJson, "One JSON document");
   options.flag("--tidy", isTidy, "A clean table: one row for each iteration, as CSV");
   options.exclude("--tidy", "--json");

@@ -1,0 +1,148 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "marrowctl/report/page/chart.h"
+#include "marrowctl/report/page/chart_style.h"
+
+namespace marrowbench::ctl {
+namespace {
+
+constexpr std::size_t kMostTests = 48;
+// More names can't be read beside each other.
+constexpr std::size_t kMostNames = 40;
+constexpr std::size_t kRowHeight = 15;  // pixels
+// Of all charts of clients together: they are most of what a browser has to draw.
+constexpr std::size_t kMostClients = 5000;
+
+constexpr std::string_view kBoxes = R"({
+  "encoding": {
+    "y": {"field": "client", "type": "nominal", "sort": null, "title": null,
+      "axis": {"labelOverlap": false, "ticks": false, "domain": false}},
+    "tooltip": [{"field": "client", "title": "Client"},
+      {"field": "median", "title": "Median MiB/s", "format": ",.4~r"},
+      {"field": "p25", "title": "25 %", "format": ",.4~r"},
+      {"field": "p75", "title": "75 %", "format": ",.4~r"},
+      {"field": "min", "title": "Min", "format": ",.4~r"},
+      {"field": "max", "title": "Max", "format": ",.4~r"},
+      {"field": "rows", "title": "Rows"}]
+  },
+  "layer": [
+    {"mark": {"type": "rule", "opacity": 0.6}, "encoding": {
+      "x": {"field": "min", "type": "quantitative", "title": "MiB/s", "scale": {"zero": true}},
+      "x2": {"field": "max"}}},
+    {"mark": {"type": "bar", "height": 8}, "encoding": {
+      "x": {"field": "p25", "type": "quantitative"}, "x2": {"field": "p75"}}},
+    {"mark": {"type": "tick", "thickness": 3, "height": 12, "color": "currentColor"}, "encoding": {
+      "x": {"field": "median", "type": "quantitative"}}}
+  ]
+})";
+
+constexpr std::string_view kRanks = R"({
+  "height": 190,
+  "encoding": {
+    "x": {"field": "rank", "type": "quantitative", "title": "Clients, slowest first",
+      "scale": {"zero": false, "nice": false, "padding": 5}},
+    "tooltip": [{"field": "client", "title": "Client"},
+      {"field": "median", "title": "Median MiB/s", "format": ",.4~r"},
+      {"field": "p25", "title": "25 %", "format": ",.4~r"},
+      {"field": "p75", "title": "75 %", "format": ",.4~r"},
+      {"field": "rows", "title": "Rows"}]
+  },
+  "layer": [
+    {"mark": {"type": "rule", "strokeWidth": 2, "opacity": 0.45}, "encoding": {
+      "y": {"field": "p25", "type": "quantitative", "title": "MiB/s", "scale": {"zero": true}},
+      "y2": {"field": "p75"}}},
+    {"mark": {"type": "point", "filled": true, "size": 16}, "encoding": {
+      "y": {"field": "median", "type": "quantitative"}}}
+  ]
+})";
+
+// Clients of a test that moved something.
+std::vector<const ClientReport*> clientsOf(const TestReport& test) {
+  std::vector<const ClientReport*> clients;
+  for (const ClientReport& client : test.clients) {
+    if (client.mibPerSecond) clients.push_back(&client);
+  }
+  return clients;
+}
+
+bool isSlower(const ClientReport* a, const ClientReport* b) {
+  return a->mibPerSecond->median < b->mibPerSecond->median;
+}
+
+ChartTable tableOf(const Report& report, const std::vector<const ClientReport*>& clients,
+                   std::size_t step) {
+  ChartTable table({{"client", "Client", ColumnKind::text},
+                    {"rank", "Rank", ColumnKind::number},
+                    {"rows", "Rows", ColumnKind::number},
+                    {"min", "Min MiB/s", ColumnKind::number},
+                    {"p25", "25 % MiB/s", ColumnKind::number},
+                    {"median", "Median MiB/s", ColumnKind::number},
+                    {"p75", "75 % MiB/s", ColumnKind::number},
+                    {"max", "Max MiB/s", ColumnKind::number}});
+  for (std::size_t i = 0; i < clients.size(); i += step) {
+    const Spread& speed = *clients[i]->mibPerSecond;
+    table.add({report.results.hosts[clients[i]->host], static_cast<double>(i + 1),
+               static_cast<double>(speed.count), speed.min, speed.p25, speed.median, speed.p75,
+               speed.max});
+  }
+  return table;
+}
+
+// The colour of the interface, on boxes and points; whiskers and medians keep that of the text.
+std::string specOf(bool hasNames, std::size_t clients, Method method) {
+  nlohmann::json chart = nlohmann::json::parse(hasNames ? kBoxes : kRanks);
+  if (hasNames) chart["height"] = kRowHeight * clients;
+  for (nlohmann::json& layer : chart["layer"]) {
+    nlohmann::json& mark = layer["mark"];
+    if (mark["type"] == "bar" || mark["type"] == "point") mark["color"] = colourOf(method);
+  }
+  return chart.dump();
+}
+
+Chart chartOf(const Report& report, std::uint32_t test, std::size_t mostClients) {
+  std::vector<const ClientReport*> clients = clientsOf(report.tests[test]);
+  const bool hasNames = clients.size() <= kMostNames;
+  if (!hasNames) std::stable_sort(clients.begin(), clients.end(), isSlower);
+  const std::size_t step = hasNames ? 1 : (clients.size() + mostClients - 1) / mostClients;
+  const ResultTest& known = report.results.tests[test];
+  Chart chart{"clients-" + std::to_string(test + 1), known.name,
+              specOf(hasNames, clients.size(), known.parameters.method),
+              tableOf(report, clients, step), ""};
+  if (step > 1)
+    chart.note = fmt::format("Every {}th of {} clients is shown.", step, clients.size());
+  return chart;
+}
+
+}  // namespace
+
+ChartSection clientSection(const Report& report) {
+  ChartSection section{
+      "clients",
+      "Speed by client",
+      "MiB/s of the rows of each client: the box spans the quartiles (linear "
+      "interpolation between order statistics), the thin line reaches from the "
+      "slowest to the fastest row, the mark is the median. With more than 40 clients a "
+      "point is a client's median and its line spans the quartiles. Rows with errors "
+      "are left out. 1 MiB is 1,048,576 bytes.",
+      {},
+      "No row moved any data.",
+      true};
+  const std::vector<std::uint32_t> tests = testsThatMoved(report);
+  const std::size_t charts = std::min(tests.size(), kMostTests);
+  for (std::size_t i = 0; i < charts; ++i) {
+    // A line and a point for each client.
+    section.charts.push_back(
+        chartOf(report, tests[i], std::min(kMostMarks / 2, kMostClients / charts)));
+  }
+  if (tests.size() > kMostTests) {
+    section.legend +=
+        fmt::format(" Only the first {} of {} tests are drawn; the table of tests has all.",
+                    kMostTests, tests.size());
+  }
+  return section;
+}
+
+}  // namespace marrowbench::ctl
