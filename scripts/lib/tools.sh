@@ -34,7 +34,7 @@ install_with_apt() {
     apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 
-# The charts of marrowctl's page are made by npm. It may have come with node, as no package.
+# npm may have come with node, as no package.
 install_npm() {
   command -v npm >/dev/null || install_missing npm node
 }
@@ -47,8 +47,10 @@ BUILD_FORMULAE="cmake ninja $LIBRARY_FORMULAE"
 BENCH_PACKAGES="$BUILD_PACKAGES libbenchmark-dev python3 fio time"
 BENCH_FORMULAE="$BUILD_FORMULAE google-benchmark fio"
 TEST_PACKAGES="$BUILD_PACKAGES libgtest-dev libbenchmark-dev python3-pytest python3-fusepy
-  python3-jsonschema chromium strace valgrind util-linux mandoc"
+  python3-jsonschema strace valgrind util-linux mandoc"
 TEST_FORMULAE="$BUILD_FORMULAE googletest google-benchmark pytest"
+# The page of charts is looked at in it. It is larger than all the others together.
+BROWSER_PACKAGES="chromium"
 ALL_PACKAGES="$TEST_PACKAGES googletest clang-14 libc++-14-dev libc++abi-14-dev libclang-rt-14-dev
   lld-14 clang-format-14 clang-tidy-14 zsh fish e2fsprogs
   xfsprogs btrfs-progs"
