@@ -68,13 +68,13 @@ for command in report compare
     complete -c marrowctl -n $chosen -l host-pattern -x -d 'where names of clients stand'
     complete -c marrowctl -n $chosen -l gap -x -d 'minutes after which a new run begins'
     complete -c marrowctl -n $chosen -l all-runs -d 'take all runs together'
+    complete -c marrowctl -n $chosen -l html -rF -d 'write a page with charts'
+    complete -c marrowctl -n $chosen -l force -d 'overwrite the page'
     complete -c marrowctl -n $chosen -l json -d 'one JSON document'
     complete -c marrowctl -n $chosen -a '(__marrowctl_tables)'
 end
 complete -c marrowctl -n '__marrowctl_has_command report' -l clients -x -d 'how many clients there should be'
 complete -c marrowctl -n '__marrowctl_has_command report' -l done -x -a '(__fish_complete_directories)' -d 'where the done markers are'
 complete -c marrowctl -n '__marrowctl_has_command report' -l link -x -d "speed of each client's link"
-complete -c marrowctl -n '__marrowctl_has_command report' -l html -rF -d 'write a page with charts'
-complete -c marrowctl -n '__marrowctl_has_command report' -l force -d 'overwrite the page'
 complete -c marrowctl -n '__marrowctl_has_command report' -l tidy -d 'a clean table'
 complete -c marrowctl -n '__marrowctl_has_command compare' -l fail-if-slower -x -d 'exit status 3 beyond this'

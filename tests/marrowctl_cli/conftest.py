@@ -1,5 +1,6 @@
 """The built marrowctl, run as a user runs it."""
 
+import itertools
 import os
 import pathlib
 import subprocess
@@ -11,6 +12,8 @@ import pytest
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "cli"))
 
 from program_bench import EMULATOR, ROOT  # noqa: E402
+
+from fleet_table import tests, write_fleet  # noqa: E402
 
 __all__ = ["COMMAND", "EMULATOR", "ROOT"]
 
@@ -52,3 +55,40 @@ def ctl():
         folder = pathlib.Path(temporary).resolve() / "bench"
         folder.mkdir()
         yield Ctl(folder)
+
+
+HOSTS = [f"c{number:02d}" for number in range(1, 13)]
+HOST_PATTERN = r"([^/]*)_\d+\.bin$"
+
+
+def made_page(ctl, subcommand, name, *arguments):
+    done = ctl.run(subcommand, "--html", name, "--force", "--all-runs", "--host-pattern", HOST_PATTERN, *arguments)
+    assert done.stderr == f"marrowctl {subcommand}: written: {name}\n", done.stderr
+    assert done.returncode in (0, 1)
+    return ctl.folder / name
+
+
+@pytest.fixture
+def charts():
+    if os.environ["MARROWCTL_CHARTS"] != "1":
+        pytest.skip("needs a program with charts, see MARROWBENCH_CHARTS")
+
+
+@pytest.fixture
+def page(ctl, charts):
+    """Makes a page of a fleet's table; gives it and how many rows there are."""
+    def make(hosts=HOSTS, **options):
+        rows = write_fleet(ctl.folder / "results.csv", hosts, **options)
+        return made_page(ctl, "report", "page.html", "results.csv"), rows
+    return make
+
+
+@pytest.fixture
+def compared_page(ctl, charts):
+    """Makes a page of two runs of a fleet: some tests are faster in the second, some slower, some neither."""
+    def make(hosts=HOSTS, old="old.csv", new="new.csv"):
+        factors = itertools.cycle([1, 1.3, 0.8, 0.97])
+        write_fleet(ctl.folder / old, hosts)
+        write_fleet(ctl.folder / new, hosts, seed=2, factors={test: next(factors) for test in tests()})
+        return made_page(ctl, "compare", "compared.html", old, new)
+    return make

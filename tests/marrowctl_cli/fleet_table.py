@@ -19,7 +19,8 @@ def tests(chunks=(16, 64, 1024), pauses=(5, 20)):
     return plain + [("Posix", "Write", 1024, pause) for pause in pauses]
 
 
-def speed_of(method, kind, chunk, clients, chance):
+def speed_of(test, clients, chance):
+    method, kind, chunk, _ = test
     share = min(LINK, SHARE / clients) * INTERFACES[method] * chunk / (chunk + 12)
     return share * (1.06 if kind == "Read" else 1) * chance.uniform(0.9, 1.05)
 
@@ -34,7 +35,7 @@ def row(end, test, host, iteration, iterations, milliseconds, speed, percent, er
     return ",".join(map(str, cells)) + ",\n"
 
 
-def rows_of_client(number, host, clients, begin, iterations, chance, all_tests):
+def rows_of_client(number, host, clients, begin, iterations, chance, all_tests, factors):
     """The last client is slow, the second one begins three tests late, the third meets errors and null data."""
     rows = []
     for index, test in enumerate(all_tests):
@@ -42,7 +43,7 @@ def rows_of_client(number, host, clients, begin, iterations, chance, all_tests):
         late = 8 if number == 1 and index < 3 else 0
         now = begin + datetime.timedelta(seconds=chance.uniform(0, 1) + late)
         for iteration in range(iterations):
-            speed = speed_of(method, kind, chunk, clients, chance) / (1.6 if number == clients - 1 else 1)
+            speed = speed_of(test, clients, chance) * factors.get(test, 1) / (1.6 if number == clients - 1 else 1)
             if iteration == 0 and kind == "Write":
                 speed *= 0.6
             busy = FILE / MIB / speed * 1000
@@ -60,12 +61,14 @@ def rows_of_client(number, host, clients, begin, iterations, chance, all_tests):
     return rows
 
 
-def write_fleet(path, hosts, iterations=6, all_tests=None):
-    """The rows of all clients in the order of their ends; returns how many there are."""
-    chance = random.Random(1)
+def write_fleet(path, hosts, iterations=6, all_tests=None, seed=1, factors=None):
+    """The rows of all clients in the order of their ends; returns how many there are.
+
+    factors: how much faster than usual a test is, for those that are."""
+    chance = random.Random(seed)
     begin = datetime.datetime.now().replace(second=0, microsecond=0) - datetime.timedelta(hours=4)
     rows = [each for number, host in enumerate(hosts) for each in rows_of_client(
-        number, host, len(hosts), begin, iterations, chance, all_tests or tests())]
+        number, host, len(hosts), begin, iterations, chance, all_tests or tests(), factors or {})]
     rows.sort(key=lambda each: each[0])
     path.write_text(HEADER + "\n" + "".join(text for _, text in rows), errors="surrogateescape")
     return len(rows)

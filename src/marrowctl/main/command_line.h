@@ -45,6 +45,12 @@ struct TableOptions {
   bool allRuns = false;
 };
 
+/// The page that "report" and "compare" write besides.
+struct PageOptions {
+  std::string file;         ///< that is to be written; empty: none
+  bool overwrites = false;  ///< it may be there already
+};
+
 /// The options of "marrowctl report".
 struct ReportCommand {
   std::vector<std::string> tables;  ///< files, folders, patterns, or "-"
@@ -52,8 +58,7 @@ struct ReportCommand {
   std::int64_t clients = 0;  ///< that there should be; 0: not known
   std::string doneFolder;    ///< of done markers; empty: not looked at
   std::string link;          ///< speed of a client's link: "10G"; empty: not known
-  std::string page;          ///< file that is to be written; empty: none
-  bool overwrites = false;   ///< it may be there already
+  PageOptions page;
   ReportFormat format = ReportFormat::text;
 };
 
@@ -61,6 +66,7 @@ struct ReportCommand {
 struct CompareCommand {
   std::string oldTables, newTables;
   TableOptions from;
+  PageOptions page;
   bool isJson = false;
   std::optional<double> failIfSlower;  ///< percent
 };

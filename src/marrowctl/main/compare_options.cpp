@@ -2,6 +2,7 @@
 #include <system_error>
 
 #include "marrowctl/main/option_set.h"
+#include "marrowctl/main/page_options.h"
 #include "marrowctl/main/table_options.h"
 
 namespace marrowbench::ctl {
@@ -28,6 +29,7 @@ Command readCompare(const Subcommand& self, Arguments arguments) {
   std::string limit;
   OptionSet options(self, " OLD NEW");
   addTableOptions(options, compare.from);
+  addPageOptions(options, compare.page);
   options.flag("--json", compare.isJson, "One JSON document");
   options.text("--fail-if-slower", limit, "PERCENT",
                "Exit status 3 if a test is surely slower, by more than this");

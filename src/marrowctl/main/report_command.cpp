@@ -8,12 +8,12 @@
 #include <utility>
 
 #include "marrowctl/main/commands.h"
+#include "marrowctl/main/page_options.h"
 #include "marrowctl/main/table_options.h"
 #include "marrowctl/report/link_speed.h"
 #include "marrowctl/report/make_report.h"
 #include "marrowctl/report/output.h"
 #include "marrowctl/report/page/page.h"
-#include "marrowctl/support/new_files.h"
 #include "marrowctl/support/terminal.h"
 #include "marrowctl/support/units.h"
 
@@ -70,20 +70,11 @@ Outcome printed(const Report& report, ReportFormat format) {
   return {status, reportText(report, styleOf(stdout)), ""};
 }
 
-std::string problemOfPage(const ReportCommand& command) {
-  if (command.page.empty() || canMakePages()) return {};
-  return "--html: this program was built without the library of its charts (MARROWBENCH_CHARTS)";
-}
-
 // Prints the report, and writes its page where one is asked for.
 Outcome delivered(const Report& report, const ReportCommand& command) {
-  if (command.page.empty()) return printed(report, command.format);
-  const std::string problem = writeNewFiles(
-      {{command.page, pageOf(report, "marrowctl " MARROWCTL_VERSION)}}, command.overwrites);
-  if (!problem.empty()) return impossible("report", problem);
-  Outcome outcome = printed(report, command.format);
-  outcome.messages += "marrowctl report: written: " + command.page + "\n";
-  return outcome;
+  if (command.page.file.empty()) return printed(report, command.format);
+  return withPage("report", command.page, pageOf(report, kPageMaker),
+                  [&] { return printed(report, command.format); });
 }
 
 }  // namespace
@@ -99,8 +90,7 @@ Outcome runReport(const ReportCommand& command) {
     const std::string problem = problemOfFolder(command.doneFolder);
     if (!problem.empty()) return impossible("report", problem);
   }
-  if (const std::string problem = problemOfPage(command); !problem.empty())
-    return impossible("report", problem);
+  if (const auto outcome = refusedPage("report", command.page)) return *outcome;
   TableSource source;
   if (const auto outcome = prepareSource("report", command.from, source)) return *outcome;
   ReadOptions reading = readOptionsOf(command.from, source, command.tables);

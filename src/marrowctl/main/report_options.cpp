@@ -1,4 +1,5 @@
 #include "marrowctl/main/option_set.h"
+#include "marrowctl/main/page_options.h"
 #include "marrowctl/main/table_options.h"
 
 namespace marrowbench::ctl {
@@ -13,8 +14,7 @@ Command readReport(const Subcommand& self, Arguments arguments) {
   options.text("--done", report.doneFolder, "FOLDER", "Where the done markers are: _NAME_log");
   options.text("--link", report.link, "SPEED",
                "Of each client's link, as 10G: faster rows are doubtful");
-  options.text("--html", report.page, "FILE", "Write a page with charts, besides");
-  options.flag("--force", report.overwrites, "Overwrite the page where it exists");
+  addPageOptions(options, report.page);
   options.flag("--json", isJson, "One JSON document");
   options.flag("--tidy", isTidy, "A clean table: one row for each iteration, as CSV");
   options.exclude("--tidy", "--json");

@@ -41,6 +41,12 @@ struct Comparison {
 /// "slower", "faster", "the same" or "cannot tell".
 [[nodiscard]] std::string_view nameOf(Difference difference);
 
+/// Tests with this verdict.
+[[nodiscard]] std::int64_t countOf(const Comparison& comparison, Difference difference);
+
+/// The verdict in a sentence: "3 tests in both: 1 slower, 2 the same."
+[[nodiscard]] std::string summaryOf(const Comparison& comparison);
+
 /// True when a test is slower by more than so many percent.
 [[nodiscard]] bool hasLoss(const Comparison& comparison, double percent);
 

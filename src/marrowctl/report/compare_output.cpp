@@ -21,27 +21,6 @@ Tone toneOf(Difference difference) {
   return Tone::plain;
 }
 
-std::int64_t countOf(const Comparison& comparison, Difference difference) {
-  return std::count_if(
-      comparison.tests.begin(), comparison.tests.end(),
-      [difference](const ComparedTest& test) { return test.difference == difference; });
-}
-
-std::string summary(const Comparison& comparison) {
-  const auto count = static_cast<std::int64_t>(comparison.tests.size());
-  std::string text = shownCount(count, "test") + " in both: ";
-  constexpr std::pair<Difference, const char*> kAll[] = {{Difference::slower, "slower"},
-                                                         {Difference::faster, "faster"},
-                                                         {Difference::same, "the same"},
-                                                         {Difference::cannotTell, "cannot tell"}};
-  std::string parts;
-  for (const auto& [difference, name] : kAll) {
-    const std::int64_t found = countOf(comparison, difference);
-    if (found > 0) parts += (parts.empty() ? "" : ", ") + shownCount(found) + " " + name;
-  }
-  return text + (parts.empty() ? "nothing to compare" : parts) + ".";
-}
-
 std::string figuresOf(const ComparedTest& test) {
   const auto speed = [](const ComparedSide& side) {
     return side.medianMibPerSecond ? shownSpeed(*side.medianMibPerSecond) : std::string("-");
@@ -99,8 +78,29 @@ std::string_view nameOf(Difference difference) {
   return "";
 }
 
+std::int64_t countOf(const Comparison& comparison, Difference difference) {
+  return std::count_if(
+      comparison.tests.begin(), comparison.tests.end(),
+      [difference](const ComparedTest& test) { return test.difference == difference; });
+}
+
+std::string summaryOf(const Comparison& comparison) {
+  const auto count = static_cast<std::int64_t>(comparison.tests.size());
+  std::string text = shownCount(count, "test") + " in both: ";
+  constexpr std::pair<Difference, const char*> kAll[] = {{Difference::slower, "slower"},
+                                                         {Difference::faster, "faster"},
+                                                         {Difference::same, "the same"},
+                                                         {Difference::cannotTell, "cannot tell"}};
+  std::string parts;
+  for (const auto& [difference, name] : kAll) {
+    const std::int64_t found = countOf(comparison, difference);
+    if (found > 0) parts += (parts.empty() ? "" : ", ") + shownCount(found) + " " + name;
+  }
+  return text + (parts.empty() ? "nothing to compare" : parts) + ".";
+}
+
 std::string compareText(const Comparison& comparison, const TextStyle& style) {
-  std::string text = wrapped(summary(comparison), 0, style.width);
+  std::string text = wrapped(summaryOf(comparison), 0, style.width);
   if (!comparison.tests.empty()) text += "\n" + columnTitles(style);
   for (const ComparedTest& test : comparison.tests) text += testText(test, style);
   text += othersText("Only in the old tables", comparison.onlyOld, style);

@@ -22,13 +22,20 @@ struct Chart {
   std::string note;  ///< what was summarised or left out; empty: nothing
 };
 
+/// How the charts of a section stand where the page is wide enough for two.
+enum class Layout {
+  row,    ///< one below the other
+  grid,   ///< side by side
+  small,  ///< side by side, on paper too
+};
+
 /// Charts that answer one question.
 struct ChartSection {
   std::string id, title;
   std::string legend;  ///< how to read the charts and how each figure is computed
   std::vector<Chart> charts;
-  std::string absence;  ///< why there is none
-  bool isGrid = false;  ///< small charts, side by side
+  std::string absence;  ///< why there is none; empty: nobody would look for them
+  Layout layout = Layout::row;
 };
 
 [[nodiscard]] ChartSection clientSection(const Report& report);

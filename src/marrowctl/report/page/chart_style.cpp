@@ -102,10 +102,15 @@ std::string_view chartConfig() {
     "axis": {"labelColor": "currentColor", "titleColor": "currentColor", "tickColor": "currentColor",
       "domainColor": "currentColor", "gridColor": "currentColor", "gridOpacity": 0.13, "domainOpacity": 0.4,
       "tickOpacity": 0.4, "labelFontSize": 11, "titleFontSize": 12, "titleFontWeight": 500,
-      "labelOverlap": true, "labelLimit": 220, "titlePadding": 8},
+      "labelOverlap": true, "labelSeparation": 8, "labelLimit": 220, "titlePadding": 8},
     "axisY": {"titleAnchor": "end"},
     "legend": {"orient": "top", "labelColor": "currentColor", "titleColor": "currentColor",
       "labelFontSize": 11, "titleFontSize": 11, "labelLimit": 320, "columns": 2, "symbolType": "square", "symbolOpacity": 1},
+    "style": {
+      "row": {"tooltip": {"content": "data"}, "description": {"expr": "datum.spoken"}},
+      "part": {"tooltip": {"content": "data"}, "aria": false},
+      "guide": {"aria": false}
+    },
     "text": {"color": "currentColor"},
     "rule": {"color": "currentColor"},
     "header": {"labelColor": "currentColor", "titleColor": "currentColor"}

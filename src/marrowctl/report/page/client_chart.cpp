@@ -19,22 +19,15 @@ constexpr std::size_t kMostClients = 5000;
 constexpr std::string_view kBoxes = R"({
   "encoding": {
     "y": {"field": "client", "type": "nominal", "sort": null, "title": null,
-      "axis": {"labelOverlap": false, "ticks": false, "domain": false}},
-    "tooltip": [{"field": "client", "title": "Client"},
-      {"field": "median", "title": "Median MiB/s", "format": ",.4~r"},
-      {"field": "p25", "title": "25 %", "format": ",.4~r"},
-      {"field": "p75", "title": "75 %", "format": ",.4~r"},
-      {"field": "min", "title": "Min", "format": ",.4~r"},
-      {"field": "max", "title": "Max", "format": ",.4~r"},
-      {"field": "rows", "title": "Rows"}]
+      "axis": {"labelOverlap": false, "ticks": false, "domain": false}}
   },
   "layer": [
-    {"mark": {"type": "rule", "opacity": 0.6}, "encoding": {
+    {"mark": {"type": "rule", "style": "part", "opacity": 0.6}, "encoding": {
       "x": {"field": "min", "type": "quantitative", "title": "MiB/s", "scale": {"zero": true}},
       "x2": {"field": "max"}}},
-    {"mark": {"type": "bar", "height": 8}, "encoding": {
+    {"mark": {"type": "bar", "style": "row", "height": 8}, "encoding": {
       "x": {"field": "p25", "type": "quantitative"}, "x2": {"field": "p75"}}},
-    {"mark": {"type": "tick", "thickness": 3, "height": 12, "color": "currentColor"}, "encoding": {
+    {"mark": {"type": "tick", "style": "part", "thickness": 3, "height": 12, "color": "currentColor"}, "encoding": {
       "x": {"field": "median", "type": "quantitative"}}}
   ]
 })";
@@ -43,18 +36,13 @@ constexpr std::string_view kRanks = R"({
   "height": 190,
   "encoding": {
     "x": {"field": "rank", "type": "quantitative", "title": "Clients, slowest first",
-      "scale": {"zero": false, "nice": false, "padding": 5}},
-    "tooltip": [{"field": "client", "title": "Client"},
-      {"field": "median", "title": "Median MiB/s", "format": ",.4~r"},
-      {"field": "p25", "title": "25 %", "format": ",.4~r"},
-      {"field": "p75", "title": "75 %", "format": ",.4~r"},
-      {"field": "rows", "title": "Rows"}]
+      "scale": {"zero": false, "nice": false, "padding": 5}}
   },
   "layer": [
-    {"mark": {"type": "rule", "strokeWidth": 2, "opacity": 0.45}, "encoding": {
+    {"mark": {"type": "rule", "style": "part", "strokeWidth": 2, "opacity": 0.45}, "encoding": {
       "y": {"field": "p25", "type": "quantitative", "title": "MiB/s", "scale": {"zero": true}},
       "y2": {"field": "p75"}}},
-    {"mark": {"type": "point", "filled": true, "size": 16}, "encoding": {
+    {"mark": {"type": "point", "style": "row", "filled": true, "size": 16}, "encoding": {
       "y": {"field": "median", "type": "quantitative"}}}
   ]
 })";
@@ -72,8 +60,9 @@ bool isSlower(const ClientReport* a, const ClientReport* b) {
   return a->mibPerSecond->median < b->mibPerSecond->median;
 }
 
+// So many of the clients, evenly from the first to the last one.
 ChartTable tableOf(const Report& report, const std::vector<const ClientReport*>& clients,
-                   std::size_t step) {
+                   std::size_t shown) {
   ChartTable table({{"client", "Client", ColumnKind::text},
                     {"rank", "Rank", ColumnKind::number},
                     {"rows", "Rows", ColumnKind::number},
@@ -82,9 +71,10 @@ ChartTable tableOf(const Report& report, const std::vector<const ClientReport*>&
                     {"median", "Median MiB/s", ColumnKind::number},
                     {"p75", "75 % MiB/s", ColumnKind::number},
                     {"max", "Max MiB/s", ColumnKind::number}});
-  for (std::size_t i = 0; i < clients.size(); i += step) {
-    const Spread& speed = *clients[i]->mibPerSecond;
-    table.add({report.results.hosts[clients[i]->host], static_cast<double>(i + 1),
+  for (std::size_t i = 0; i < shown; ++i) {
+    const std::size_t rank = shown == clients.size() ? i : i * (clients.size() - 1) / (shown - 1);
+    const Spread& speed = *clients[rank]->mibPerSecond;
+    table.add({report.results.hosts[clients[rank]->host], static_cast<double>(rank + 1),
                static_cast<double>(speed.count), speed.min, speed.p25, speed.median, speed.p75,
                speed.max});
   }
@@ -106,13 +96,15 @@ Chart chartOf(const Report& report, std::uint32_t test, std::size_t mostClients)
   std::vector<const ClientReport*> clients = clientsOf(report.tests[test]);
   const bool hasNames = clients.size() <= kMostNames;
   if (!hasNames) std::stable_sort(clients.begin(), clients.end(), isSlower);
-  const std::size_t step = hasNames ? 1 : (clients.size() + mostClients - 1) / mostClients;
+  const std::size_t shown = hasNames ? clients.size() : std::min(clients.size(), mostClients);
   const ResultTest& known = report.results.tests[test];
   Chart chart{"clients-" + std::to_string(test + 1), known.name,
               specOf(hasNames, clients.size(), known.parameters.method),
-              tableOf(report, clients, step), ""};
-  if (step > 1)
-    chart.note = fmt::format("Every {}th of {} clients is shown.", step, clients.size());
+              tableOf(report, clients, shown), ""};
+  if (shown < clients.size()) {
+    chart.note = fmt::format("{} of {} clients are shown, the slowest and the fastest among them.",
+                             shown, clients.size());
+  }
   return chart;
 }
 
@@ -126,10 +118,11 @@ ChartSection clientSection(const Report& report) {
       "interpolation between order statistics), the thin line reaches from the "
       "slowest to the fastest row, the mark is the median. With more than 40 clients a "
       "point is a client's median and its line spans the quartiles. Rows with errors "
-      "are left out. 1 MiB is 1,048,576 bytes.",
+      "are left out. Blue are streams, orange is stdio, green are descriptors. 1 MiB is "
+      "1,048,576 bytes.",
       {},
       "No row moved any data.",
-      true};
+      Layout::small};
   const std::vector<std::uint32_t> tests = testsThatMoved(report);
   const std::size_t charts = std::min(tests.size(), kMostTests);
   for (std::size_t i = 0; i < charts; ++i) {

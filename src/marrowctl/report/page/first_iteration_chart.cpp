@@ -16,21 +16,19 @@ constexpr std::size_t kRowHeight = 20;  // pixels
 
 constexpr std::string_view kSpec = R"({
   "encoding": {"y": {"field": "test", "type": "nominal", "sort": null, "title": null,
-    "axis": {"labelOverlap": false, "ticks": false, "domain": false, "labelLimit": 320}}},
+    "axis": {"labelOverlap": false, "ticks": false, "domain": false, "labelLimit": 360}}},
   "transform": [{"fold": ["first", "later"], "as": ["which", "speed"]},
     {"calculate": "datum.which == 'first' ? 'first iteration' : 'later iterations'", "as": "label"}],
   "layer": [
-    {"mark": {"type": "line", "strokeWidth": 2, "opacity": 0.5, "color": "currentColor"}, "encoding": {
+    {"mark": {"type": "line", "style": "guide", "strokeWidth": 2, "opacity": 0.5, "color": "currentColor"}, "encoding": {
       "x": {"field": "speed", "type": "quantitative", "title": "MiB/s, median of rows", "scale": {"zero": true}},
       "detail": {"field": "test"}}},
-    {"mark": {"type": "point", "size": 75, "opacity": 1, "filled": true}, "encoding": {
+    {"mark": {"type": "point", "style": "row", "size": 75, "opacity": 1, "filled": true}, "encoding": {
       "x": {"field": "speed", "type": "quantitative"},
       "color": {"field": "label", "type": "nominal", "title": null, "scale": {
         "domain": ["first iteration", "later iterations"], "range": ["#d55e00", "#0072b2"]}},
       "shape": {"field": "label", "type": "nominal", "title": null, "scale": {
-        "domain": ["first iteration", "later iterations"], "range": ["diamond", "circle"]}},
-      "tooltip": [{"field": "test", "title": "Test"}, {"field": "label", "title": "Rows of"},
-        {"field": "speed", "title": "Median MiB/s", "format": ",.4~r"}]}}
+        "domain": ["first iteration", "later iterations"], "range": ["diamond", "circle"]}}}}
   ]
 })";
 

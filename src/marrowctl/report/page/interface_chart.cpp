@@ -13,21 +13,18 @@ constexpr std::string_view kSpec = R"({
   "height": 230,
   "encoding": {
     "x": {"field": "chunk", "type": "ordinal", "sort": null, "title": "Chunk size",
-      "axis": {"labelAngle": 0, "ticks": false}},
+      "axis": {"labelAngle": 0, "ticks": false},
+      "scale": {"paddingInner": 0.75, "paddingOuter": 0.4}},
     "xOffset": {"field": "interface", "type": "nominal"},
     "detail": {"field": "variant"}
   },
   "layer": [
-    {"mark": {"type": "line", "strokeWidth": 1.5, "opacity": 0.7}, "encoding": {
+    {"mark": {"type": "line", "style": "guide", "strokeWidth": 1.5, "opacity": 0.7}, "encoding": {
       "y": {"field": "median", "type": "quantitative", "title": "MiB/s of a row"}}},
-    {"mark": {"type": "rule", "strokeWidth": 2}, "encoding": {
+    {"mark": {"type": "rule", "style": "part", "strokeWidth": 2}, "encoding": {
       "y": {"field": "p25", "type": "quantitative"}, "y2": {"field": "p75"}}},
-    {"mark": {"type": "point", "filled": true, "size": 70, "opacity": 1}, "encoding": {
-      "y": {"field": "median", "type": "quantitative"},
-      "tooltip": [{"field": "test", "title": "Test"},
-        {"field": "median", "title": "Median MiB/s", "format": ",.4~r"},
-        {"field": "p25", "title": "25 %", "format": ",.4~r"},
-        {"field": "p75", "title": "75 %", "format": ",.4~r"}, {"field": "rows", "title": "Rows"}]}}
+    {"mark": {"type": "point", "style": "row", "filled": true, "size": 70, "opacity": 1}, "encoding": {
+      "y": {"field": "median", "type": "quantitative"}}}
   ]
 })";
 
@@ -114,7 +111,7 @@ ChartSection interfaceSection(const Report& report) {
                        "joined; those with pauses after chunks are left out.",
                        {},
                        "No two tests of a kind differ in their interface or chunk size.",
-                       true};
+                       Layout::grid};
   for (const Kind& kind : kKinds) {
     const std::vector<std::uint32_t> tests = testsOf(report, kind.type);
     if (!compares(report, tests)) continue;

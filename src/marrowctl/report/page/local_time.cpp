@@ -8,6 +8,13 @@
 #include "marrowctl/report/output.h"
 
 namespace marrowbench::ctl {
+namespace {
+
+std::string isoTimeOf(double seconds) {
+  return isoTime(static_cast<std::int64_t>(std::floor(seconds)));
+}
+
+}  // namespace
 
 double localSeconds(double seconds) {
   const auto whole = static_cast<std::time_t>(std::floor(seconds));
@@ -16,8 +23,15 @@ double localSeconds(double seconds) {
   return seconds + static_cast<double>(local.tm_gmtoff);
 }
 
+std::string shownTime(double seconds) {
+  constexpr std::string_view kDate = "2026-11-16", kBoth = "2026-11-16T02:21:29";
+  std::string time = isoTimeOf(seconds).substr(0, kBoth.size());
+  time[kDate.size()] = ' ';
+  return time;
+}
+
 std::string shownOffset(double seconds) {
-  const std::string time = isoTime(static_cast<std::int64_t>(std::floor(seconds)));
+  const std::string time = isoTimeOf(seconds);
   return "UTC" + time.substr(time.size() - std::string_view("+00:00").size());
 }
 

@@ -9,6 +9,9 @@ namespace marrowbench::ctl {
 /// read as the local time.
 [[nodiscard]] double localSeconds(double seconds);
 
+/// "2026-11-16 02:21:29", the local time.
+[[nodiscard]] std::string shownTime(double seconds);
+
 /// "UTC+01:00", the local offset at that time.
 [[nodiscard]] std::string shownOffset(double seconds);
 

@@ -8,12 +8,8 @@
 
 namespace marrowbench::ctl {
 
-/// Whether this build can make pages: the chart library is in it.
-[[nodiscard]] bool canMakePages();
-
-/// One HTML file: the verdict, the figures of every test, charts and their tables. It opens
-/// offline, asks for nothing, and its content security policy lets run and apply only what it
-/// holds. Texts of tables stand in it as text.
+/// The page of a report: the verdict, the figures of every test, charts and their tables. Texts of
+/// tables stand in it as text.
 ///
 /// @param program  who made it: "marrowctl 9.1.01", say
 /// @pre canMakePages()

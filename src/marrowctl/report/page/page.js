@@ -3,7 +3,10 @@
   'use strict';
   const library = marrowbenchCharts;
   const page = JSON.parse(document.getElementById('charts').textContent);
+  // On paper, of a chart alone and of a small one beside another.
   const printWidth = 760;
+  const smallPrintWidth = 370;
+  const pieceMilliseconds = 100;
   const drawn = new Map();
   const parsed = new Map();
   const tip = document.getElementById('tip');
@@ -23,9 +26,13 @@
   // Times are those of the place where the report was made, told to the browser as if they were UTC.
   const timeText = (milliseconds) => new Date(milliseconds).toISOString().slice(0, 19).replace('T', ' ');
 
-  const numberText = (number) => number.toLocaleString('en-US', {
-    maximumFractionDigits: Math.abs(number) < 10 ? 3 : Math.abs(number) < 1000 ? 1 : 0,
-  });
+  // Made once: a formatter takes longer to make than thousands of numbers to format.
+  const decimals = (digits) => new Intl.NumberFormat('en-US', { maximumFractionDigits: digits });
+  const [small, medium, large] = [decimals(3), decimals(1), decimals(0)];
+  const numberText = (number) => {
+    const size = Math.abs(number);
+    return (size < 10 ? small : size < 1000 ? medium : large).format(number);
+  };
 
   function shown(column, value) {
     if (value === null || value === undefined) return '';
@@ -39,6 +46,16 @@
     if (className) made.className = className;
     return made;
   }
+
+  // What is known of a row: titles and texts.
+  const entriesOf = (columns, row) => columns
+    .map((column) => [column.title, shown(column, row[column.name])])
+    .filter(([, text]) => text !== '');
+
+  // Rows as a chart takes them, with what a screen reader says of their marks.
+  const spokenRowsOf = (columns) => rowsOf(columns).map((row) => ({
+    ...row, spoken: entriesOf(columns, row).map((entry) => entry.join(': ')).join('; '),
+  }));
 
   const classOf = (column) => (column.kind === 'number' ? 'number' : undefined);
 
@@ -64,14 +81,13 @@
     details.append(scroll);
   }
 
-  function showTip(handler, event, item, value) {
-    if (value === null || value === undefined || value === '') {
+  function showTip(columns, event, row) {
+    if (!row) {
       tip.style.visibility = 'hidden';
       return;
     }
-    const entries = typeof value === 'object' ? Object.entries(value) : [['', String(value)]];
-    tip.replaceChildren(...entries.map(([name, text]) => {
-      const line = element('div', name ? `${name}: ` : '');
+    tip.replaceChildren(...entriesOf(columns, row).map(([title, text]) => {
+      const line = element('div', `${title}: `);
       line.append(element('b', text));
       return line;
     }));
@@ -92,31 +108,36 @@
     return parsed.get(key);
   }
 
+  const placeOf = (chart) => document.getElementById(chart.id).querySelector('.chart');
+
   function draw(chart) {
     if (drawn.has(chart.id)) return;
-    const place = document.getElementById(chart.id).querySelector('.chart');
+    const place = placeOf(chart);
     const view = new library.View(parse(chart.spec), {
       expr: library.expressionInterpreter,
       renderer: 'svg',
       container: place,
-      tooltip: showTip,
+      tooltip: (handler, event, item, row) => showTip(chart.table, event, row),
     });
     drawn.set(chart.id, { view, place });
-    view.data('rows', rowsOf(chart.table)).width(place.clientWidth).run();
+    view.data('rows', spokenRowsOf(chart.table)).width(place.clientWidth).run();
   }
 
   function resize(widthOf) {
     for (const { view, place } of drawn.values()) view.width(widthOf(place)).run();
   }
 
-  // One after the other, so that the page can be scrolled meanwhile.
+  // Room for what is not drawn yet, so that a link to a part below leads there.
+  for (const chart of page.charts) placeOf(chart).style.minHeight = `${chart.spec.height ?? 0}px`;
+
+  // In pieces, so that the page can be scrolled meanwhile; a chart a piece would have all be painted anew for each.
   function drawFrom(index) {
-    if (index === page.charts.length) {
+    const end = performance.now() + pieceMilliseconds;
+    for (; index < page.charts.length && performance.now() < end; ++index) draw(page.charts[index]);
+    if (index < page.charts.length)
+      setTimeout(drawFrom, 0, index);
+    else
       document.documentElement.dataset.charts = 'drawn';
-      return;
-    }
-    draw(page.charts[index]);
-    setTimeout(drawFrom, 0, index + 1);
   }
 
   for (const chart of page.charts) {
@@ -130,7 +151,7 @@
   });
   addEventListener('beforeprint', () => {
     page.charts.forEach(draw);
-    resize(() => printWidth);
+    resize((place) => (place.closest('.small') ? smallPrintWidth : printWidth));
   });
   addEventListener('afterprint', () => resize((place) => place.clientWidth));
   drawFrom(0);

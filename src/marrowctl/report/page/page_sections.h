@@ -2,6 +2,8 @@
 #define MARROWBENCH_MARROWCTL_REPORT_PAGE_PAGE_SECTIONS_H
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "marrowctl/report/page/chart.h"
 #include "marrowctl/report/report.h"
@@ -24,8 +26,17 @@ namespace marrowbench::ctl {
 /// Error texts and rows that can't be used.
 [[nodiscard]] std::string errorsHtml(const Report& report);
 
-/// A section with the places for its charts, which a script fills.
-[[nodiscard]] std::string chartsHtml(const ChartSection& section);
+/// A link to a part of the page.
+[[nodiscard]] std::string linkHtml(std::string_view id, std::string_view title);
+
+/// Links to the sections that have charts.
+[[nodiscard]] std::string linksHtml(const std::vector<ChartSection>& sections);
+
+/// Sections with the places for their charts, which a script fills.
+[[nodiscard]] std::string chartsHtml(const std::vector<ChartSection>& sections);
+
+/// Charts that a reader may look for and not find, with the reason.
+[[nodiscard]] std::string absencesHtml(const std::vector<ChartSection>& sections);
 
 }  // namespace marrowbench::ctl
 

@@ -18,31 +18,26 @@ constexpr std::string_view kTogether = R"({
   "encoding": {"x": {"field": "clients", "type": "quantitative", "title": "Active clients",
     "axis": {"tickMinStep": 1, "format": "d"}, "scale": {"zero": true}}},
   "layer": [
-    {"mark": {"type": "line", "strokeDash": [4, 4], "strokeWidth": 1.3, "opacity": 0.75}, "encoding": {
+    {"mark": {"type": "line", "style": "guide", "strokeDash": [4, 4], "strokeWidth": 1.3, "opacity": 0.75}, "encoding": {
       "y": {"field": "ideal", "type": "quantitative", "title": "MiB/s, all clients together"}}},
-    {"mark": {"type": "line", "strokeWidth": 2}, "encoding": {
+    {"mark": {"type": "line", "style": "guide", "strokeWidth": 2}, "encoding": {
       "y": {"field": "together", "type": "quantitative"}}},
-    {"mark": {"type": "point", "filled": true, "size": 45, "opacity": 1}, "encoding": {
-      "y": {"field": "together", "type": "quantitative"},
-      "tooltip": [{"field": "test", "title": "Test"}, {"field": "clients", "title": "Active clients"},
-        {"field": "together", "title": "MiB/s together", "format": ",.4~r"},
-        {"field": "ideal", "title": "Ideal MiB/s", "format": ",.4~r"},
-        {"field": "seconds", "title": "For seconds", "format": ",.4~r"}]}}
+    {"mark": {"type": "point", "style": "row", "filled": true, "size": 45, "opacity": 1}, "encoding": {
+      "y": {"field": "together", "type": "quantitative"}}}
   ]
 })";
 
 constexpr std::string_view kEach = R"({
   "height": 220,
+  "transform": [{"filter": "datum.each != null"}],
   "encoding": {
     "x": {"field": "clients", "type": "quantitative", "title": "Active clients",
       "axis": {"tickMinStep": 1, "format": "d"}, "scale": {"zero": true}},
     "y": {"field": "each", "type": "quantitative", "title": "MiB/s of a client, median"}
   },
   "layer": [
-    {"mark": {"type": "line", "strokeWidth": 2}},
-    {"mark": {"type": "point", "filled": true, "size": 45, "opacity": 1}, "encoding": {
-      "tooltip": [{"field": "test", "title": "Test"}, {"field": "clients", "title": "Active clients"},
-        {"field": "each", "title": "MiB/s, median of rows", "format": ",.4~r"}]}}
+    {"mark": {"type": "line", "style": "guide", "strokeWidth": 2}},
+    {"mark": {"type": "point", "style": "row", "filled": true, "size": 45, "opacity": 1}, "encoding": {}}
   ]
 })";
 

@@ -16,16 +16,12 @@ constexpr std::string_view kSpec = R"({
     "detail": {"field": "series"}
   },
   "layer": [
-    {"mark": {"type": "line", "strokeDash": [4, 4], "strokeWidth": 1.3, "opacity": 0.75}, "encoding": {
+    {"mark": {"type": "line", "style": "guide", "strokeDash": [4, 4], "strokeWidth": 1.3, "opacity": 0.75}, "encoding": {
       "y": {"field": "expected", "type": "quantitative", "title": "MiB/s of a row"}}},
-    {"mark": {"type": "rule", "strokeWidth": 2}, "encoding": {
+    {"mark": {"type": "rule", "style": "part", "strokeWidth": 2}, "encoding": {
       "y": {"field": "p25", "type": "quantitative"}, "y2": {"field": "p75"}}},
-    {"mark": {"type": "point", "filled": true, "size": 70, "opacity": 1}, "encoding": {
-      "y": {"field": "median", "type": "quantitative"},
-      "tooltip": [{"field": "test", "title": "Test"}, {"field": "pause", "title": "Pause ms"},
-        {"field": "percent", "title": "Setting %", "format": ".1f"},
-        {"field": "median", "title": "Measured MiB/s", "format": ",.4~r"},
-        {"field": "expected", "title": "Expected MiB/s", "format": ",.4~r"}]}}
+    {"mark": {"type": "point", "style": "row", "filled": true, "size": 70, "opacity": 1}, "encoding": {
+      "y": {"field": "median", "type": "quantitative"}}}
   ]
 })";
 

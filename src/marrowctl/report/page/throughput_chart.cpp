@@ -15,14 +15,12 @@ constexpr std::size_t kMostBins = 240;
 constexpr std::string_view kSteps = R"({
   "height": 240,
   "transform": [{"stack": "speed", "groupby": ["start"], "as": ["low", "high"]}],
-  "mark": "rect",
+  "mark": {"type": "rect", "style": "row"},
   "encoding": {
     "x": {"field": "start", "type": "temporal", "title": null, "scale": {"type": "utc"}, "axis": null},
     "x2": {"field": "end"},
     "y": {"field": "low", "type": "quantitative", "title": "MiB/s, all clients together"},
-    "y2": {"field": "high"},
-    "tooltip": [{"field": "group", "title": "Of"},
-      {"field": "speed", "title": "MiB/s", "format": ",.4~r"}]
+    "y2": {"field": "high"}
   }
 })";
 

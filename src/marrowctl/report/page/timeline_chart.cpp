@@ -16,22 +16,17 @@ constexpr std::size_t kMostBins = 80;
 constexpr std::size_t kRowHeight = 14;  // pixels
 
 constexpr std::string_view kBars = R"({
-  "mark": {"type": "bar", "height": {"band": 0.72}},
+  "mark": {"type": "bar", "style": "row", "height": {"band": 0.72}},
   "encoding": {
     "x": {"field": "start", "type": "temporal", "title": null, "scale": {"type": "utc"}, "axis": null},
     "x2": {"field": "end"},
     "y": {"field": "client", "type": "nominal", "title": null,
-      "axis": {"labelOverlap": false, "ticks": false, "domain": false}},
-    "tooltip": [{"field": "client", "title": "Client"}, {"field": "test", "title": "Test"},
-      {"field": "iteration", "title": "Iteration"},
-      {"field": "seconds", "title": "Seconds", "format": ",.4~r"},
-      {"field": "speed", "title": "MiB/s", "format": ",.4~r"},
-      {"field": "error", "title": "Error"}]
+      "axis": {"labelOverlap": false, "ticks": false, "domain": false}}
   }
 })";
 
 constexpr std::string_view kHeat = R"({
-  "mark": "rect",
+  "mark": {"type": "rect", "style": "row"},
   "encoding": {
     "x": {"field": "start", "type": "temporal", "title": null, "scale": {"type": "utc"}, "axis": null},
     "x2": {"field": "end"},
@@ -39,9 +34,7 @@ constexpr std::string_view kHeat = R"({
       "axis": {"ticks": false, "domain": false}},
     "color": {"field": "speed", "type": "quantitative", "title": "MiB/s per client",
       "scale": {"scheme": "cividis", "zero": true},
-      "legend": {"gradientLength": 220, "gradientThickness": 10}},
-    "tooltip": [{"field": "clients", "title": "Clients"},
-      {"field": "speed", "title": "MiB/s per client", "format": ",.4~r"}]
+      "legend": {"gradientLength": 220, "gradientThickness": 10}}
   }
 })";
 

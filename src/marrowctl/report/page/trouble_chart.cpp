@@ -14,15 +14,13 @@ constexpr std::size_t kRowHeight = 18;  // pixels
 constexpr std::string_view kSpec = R"({
   "transform": [{"fold": ["errors", "nullData"], "as": ["which", "rows"]}, {"filter": "datum.rows > 0"},
     {"calculate": "datum.which == 'errors' ? 'error rows' : 'rows with null data'", "as": "label"}],
-  "mark": {"type": "bar", "height": {"band": 0.7}},
+  "mark": {"type": "bar", "style": "row", "height": {"band": 0.7}},
   "encoding": {
     "y": {"field": "client", "type": "nominal", "sort": null, "title": null,
       "axis": {"labelOverlap": false, "ticks": false}},
     "x": {"field": "rows", "type": "quantitative", "title": "Rows", "axis": {"tickMinStep": 1, "format": "d"}},
     "color": {"field": "label", "type": "nominal", "title": null, "scale": {
-      "domain": ["error rows", "rows with null data"], "range": ["#d55e00", "#56b4e9"]}},
-    "tooltip": [{"field": "client", "title": "Client"}, {"field": "label", "title": "Kind"},
-      {"field": "rows", "title": "Rows"}]
+      "domain": ["error rows", "rows with null data"], "range": ["#d55e00", "#56b4e9"]}}
   }
 })";
 
@@ -57,7 +55,7 @@ ChartSection troubleSection(const Report& report) {
       "Errors and null data",
       "Rows that failed, and rows in whose data a run of null bytes was found, by client.",
       {},
-      "No row has an error or null data."};
+      ""};
   const std::vector<Trouble> found = troubles(report);
   if (found.empty()) return section;
   ChartTable table({{"client", "Client", ColumnKind::text},

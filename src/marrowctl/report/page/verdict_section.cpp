@@ -2,15 +2,14 @@
 
 #include <algorithm>
 
-#include "marrowctl/report/output.h"
+#include "marrowctl/report/page/local_time.h"
 #include "marrowctl/report/page/page_sections.h"
+#include "marrowctl/report/page/shown_files.h"
 #include "marrowctl/support/html_text.h"
 #include "marrowctl/support/units.h"
 
 namespace marrowbench::ctl {
 namespace {
-
-constexpr std::size_t kMostFiles = 3;
 
 struct Meanings {
   std::string_view yes, no, open;
@@ -36,15 +35,6 @@ std::string answerHtml(std::string_view question, std::optional<bool> answer,
                      htmlText(question), word, htmlText(meaning));
 }
 
-std::string filesText(const std::vector<ResultFile>& files) {
-  std::string text;
-  for (std::size_t i = 0; i < std::min(files.size(), kMostFiles); ++i) {
-    text += (i == 0 ? "" : ", ") + files[i].path;
-  }
-  if (files.size() > kMostFiles) text += fmt::format(" and {} more", files.size() - kMostFiles);
-  return text;
-}
-
 std::string spanText(const Report& report) {
   double first = 0;
   std::int64_t last = 0;
@@ -54,7 +44,8 @@ std::string spanText(const Report& report) {
     last = std::max(last, test.lastEnd);
   }
   if (last == 0) return "";
-  return fmt::format(", from {} to {}", isoTime(static_cast<std::int64_t>(first)), isoTime(last));
+  return fmt::format(", from {} to {} ({})", shownTime(first), shownTime(static_cast<double>(last)),
+                     shownOffset(first));
 }
 
 std::string cleanText(const Report& report) {
@@ -77,7 +68,7 @@ std::string verdictHtml(const Report& report) {
       answerHtml("Concurrent", report.verdict.concurrent,
                  meaningOf(kConcurrent, report.verdict.concurrent)),
       answerHtml("Clean", report.verdict.clean, cleanText(report)),
-      htmlText("Read: " + filesText(report.results.files)), htmlText(spanText(report)));
+      htmlText("Read: " + shownFiles(report.results.files)), htmlText(spanText(report)));
 }
 
 }  // namespace marrowbench::ctl

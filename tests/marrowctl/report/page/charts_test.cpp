@@ -91,6 +91,24 @@ TEST(TimelineChart, IsAHeatMapForManyRows) {
   EXPECT_NE(heat.note.find("too many"), std::string::npos);
 }
 
+TEST(ClientChart, ShowsTheSlowestAndTheFastestOfManyClients) {
+  std::vector<MadeRow> rows;
+  for (int client = 0; client < 5001; ++client)
+    rows.push_back({"pc" + std::to_string(10000 + client), 3000, 1000 + client});
+  const Chart chart = clientSection(madeReport(rows)).charts.at(0);
+  const std::vector<double> ranks = numbersOf(chart, "rank");
+  EXPECT_EQ(ranks.size(), kMostMarks / 2);
+  EXPECT_EQ(ranks.front(), 1);
+  EXPECT_EQ(ranks.back(), 5001);
+  EXPECT_EQ(chart.note, "2500 of 5001 clients are shown, the slowest and the fastest among them.");
+}
+
+TEST(ClientChart, ShowsAllOfAFewHundredClients) {
+  const Chart chart = clientSection(fullReport(300, 2)).charts.at(0);
+  EXPECT_EQ(chart.table.rows(), 300U);
+  EXPECT_EQ(chart.note, "");
+}
+
 TEST(ThrottlingChart, ExpectsTheShareOfFullSpeed) {
   const Chart chart = throttlingSection(fullReport(2, 2)).charts.at(0);
   EXPECT_EQ(numbersOf(chart, "percent"), (std::vector<double>{100, 50}));
