@@ -5,48 +5,77 @@ import itertools
 import json
 import os
 import select
+import pathlib
 import shutil
+import signal
 import subprocess
 import tempfile
 import time
 
 PROGRAM = shutil.which("chromium") or shutil.which("chromium-browser") or shutil.which("google-chrome")
-SECONDS = 180
+SECONDS = 600
+SECONDS_TO_END = 60
+# Whether all charts are drawn, or will be within a second: to ask again and again would be work for the page.
+DRAWN_SOON = """
+new Promise((done) => {
+  const root = document.documentElement;
+  const tell = () => done(root.dataset.charts === 'drawn');
+  if (root.dataset.charts === 'drawn') tell();
+  new MutationObserver(tell).observe(root, { attributeFilter: ['data-charts'] });
+  setTimeout(tell, 1000);
+})
+"""
 
 
 class Browser:
     """One tab. What it complains of and asks for is kept."""
 
     def __init__(self):
-        self.profile = tempfile.TemporaryDirectory(prefix="marrowctl_browser_", ignore_cleanup_errors=True)
+        self.home = tempfile.TemporaryDirectory(prefix="marrowctl_browser_")
         to_browser, self.out = os.pipe()
         self.answers, from_browser = os.pipe()
         self.process = subprocess.Popen(
             [PROGRAM, "--headless", "--remote-debugging-pipe", "--no-sandbox", "--disable-gpu",
              "--disable-dev-shm-usage", "--hide-scrollbars", "--disable-background-timer-throttling",
              "--disable-renderer-backgrounding", "--disable-backgrounding-occluded-windows", "--force-color-profile=srgb",
-             "--no-first-run", f"--user-data-dir={self.profile.name}", "about:blank"],
+             "--no-first-run", f"--user-data-dir={self.home.name}/profile", "about:blank"],
             # The browser reads commands from descriptor 3 and writes to 4.
-            preexec_fn=lambda: place(to_browser, from_browser), close_fds=False,
-            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env={**os.environ, "TZ": "UTC"})
+            preexec_fn=lambda: place(to_browser, from_browser), close_fds=False, start_new_session=True,
+            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+            # Whatever it writes lies in one folder: it is not tidy with temporary files.
+            env={**os.environ, "TZ": "UTC", "HOME": self.home.name, "TMPDIR": self.home.name})
         os.close(to_browser)
         os.close(from_browser)
         self.numbers = itertools.count(1)
         self.pending = b""
         self.session = None
         self.complaints, self.requests, self.events = [], [], []
+        try:
+            self.attach()
+        except BaseException:
+            self.close()
+            raise
+
+    def attach(self):
         target = next(each for each in self.call("Target.getTargets")["targetInfos"]
                       if each["type"] == "page")["targetId"]
         self.session = self.call("Target.attachToTarget", targetId=target, flatten=True)["sessionId"]
         for domain in ("Page", "Runtime", "Log", "Network"):
             self.call(f"{domain}.enable")
+        # Times of the processor, not of the clock: other programs may be busy too.
+        self.call("Performance.enable", timeDomain="threadTicks")
 
     def close(self):
-        self.process.kill()
-        self.process.wait()
-        os.close(self.out)
-        os.close(self.answers)
-        self.profile.cleanup()
+        """Ends the browser as a user does, who closes it; kills it and what it started if it does not end."""
+        for pipe in self.out, self.answers:
+            os.close(pipe)
+        try:
+            self.process.wait(SECONDS_TO_END)
+        except subprocess.TimeoutExpired:
+            os.killpg(self.process.pid, signal.SIGKILL)
+            self.process.wait()
+        wait_for_end_of_session(self.process.pid)
+        self.home.cleanup()
 
     def call(self, method, **parameters):
         number = next(self.numbers)
@@ -85,18 +114,23 @@ class Browser:
         return result["result"].get("value")
 
     def open(self, path, width, height=900, dark=False):
-        """Opens a page and waits until it has drawn its charts; returns the seconds that took."""
+        """Opens a page and waits until it has drawn its charts."""
         self.call("Emulation.setDeviceMetricsOverride", width=width, height=height, deviceScaleFactor=1,
                   mobile=False)
         self.call("Emulation.setEmulatedMedia", features=[
             {"name": "prefers-color-scheme", "value": "dark" if dark else "light"}])
-        self.complaints, self.requests = [], []
+        self.complaints, self.requests, self.events = [], [], []
         begin = time.monotonic()
         self.call("Page.navigate", url=path.as_uri())
-        while self.evaluate("document.documentElement?.dataset.charts") != "drawn":
+        while "Page.loadEventFired" not in self.events:
+            self.next_message()
+        while not self.evaluate(DRAWN_SOON):
             assert time.monotonic() - begin < SECONDS, self.complaints
-            time.sleep(0.05)
-        return time.monotonic() - begin
+
+    def main_thread_seconds(self):
+        """What the thread that runs scripts, lays out and paints has taken of a processor."""
+        metrics = self.call("Performance.getMetrics")["metrics"]
+        return next(each["value"] for each in metrics if each["name"] == "ThreadTime")
 
     def screenshot(self, path):
         size = self.call("Page.getLayoutMetrics")["cssContentSize"]
@@ -116,3 +150,24 @@ def place(reading, writing):
     os.dup2(high[1], 4)
     os.close(100)
     os.close(101)
+
+
+def processes_of_session(leader):
+    """Numbers of the processes of a session that run; zombies have nothing left to do."""
+    found = []
+    for status in pathlib.Path("/proc").glob("[0-9]*/stat"):
+        try:
+            state, _, _, session = status.read_text().rpartition(")")[2].split()[:4]
+        except OSError:
+            continue  # It ended meanwhile.
+        if int(session) == leader and state != "Z":
+            found.append(int(status.parent.name))
+    return found
+
+
+def wait_for_end_of_session(leader):
+    # Helpers of the browser write into its folder until they end, a moment after it.
+    begin = time.monotonic()
+    while left := processes_of_session(leader):
+        assert time.monotonic() - begin < SECONDS_TO_END, left
+        time.sleep(0.02)

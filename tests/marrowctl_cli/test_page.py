@@ -1,169 +1,73 @@
-"""The page of report --html, opened and printed in a browser."""
+"""The pages of report --html and compare --html: what they hold, and their charts, drawn without a browser."""
 
 import base64
 import hashlib
 import json
 import os
+import pathlib
 import re
+import shutil
+import subprocess
+import xml.etree.ElementTree
 
 import pytest
 
-import browser
-from fleet_table import write_fleet
+import page_charts
 
-HOSTS = [f"c{number:02d}" for number in range(1, 13)]
-HOST_PATTERN = r"([^/]*)_\d+\.bin$"
-# A name ends at "/", so none of these has one.
-HOSTILE = ["<img src=x onerror=hacked=1>", "\"onload=\"hacked=1", "<script>hacked=1<!--", "a&lt;b\udcff", "pc'--}"]
-
-# Marks of a chart for each row of its table; an area or a line is one mark for many rows.
-MARKS = {
-    "clients": {"rect": 2, "rule": 1},  # a box and a tick
-    "timeline": {"rect": 1},
-    "throughput": {"rect": 1},
-    "interfaces": {"symbol": 1, "rule": 1},
-    "scaling": {"symbol": 1},
-    "throttling": {"symbol": 1, "rule": 1},
-    "first-iteration": {"symbol": 2},
-    "trouble": {"rect": 2},
-}
-
-DRAWN = """
-Object.fromEntries([...document.querySelectorAll('figure')].map((figure) => [figure.id, {
-  section: figure.closest('section').id,
-  width: figure.querySelector('svg').getBoundingClientRect().width,
-  room: figure.querySelector('.chart').clientWidth,
-  marks: Object.fromEntries(['rect', 'rule', 'symbol'].map((kind) => [kind,
-    [...figure.querySelectorAll(`.mark-${kind}.role-mark > *`)].filter((mark) => mark.getAttribute('d') !== '' ||
-      mark.tagName === 'line').length])),
-}]))
-"""
+DRAW = pathlib.Path(__file__).with_name("draw_charts.mjs")
+SVG = "{http://www.w3.org/2000/svg}"
+needs_node = pytest.mark.skipif(not shutil.which("node"), reason="needs node, which npm brings")
 
 
-@pytest.fixture(scope="module")
-def chromium():
-    if not browser.PROGRAM:
-        pytest.skip("needs chromium")
-    opened = browser.Browser()
-    yield opened
-    opened.close()
+def drawings_of(path):
+    """Each chart as SVG."""
+    done = subprocess.run(["node", DRAW, path], capture_output=True, text=True, timeout=300)
+    assert (done.returncode, done.stderr) == (0, "")
+    answer = json.loads(done.stdout)
+    assert answer["complaints"] == []
+    return {chart: xml.etree.ElementTree.fromstring(svg) for chart, svg in answer["drawings"].items()}
 
 
-@pytest.fixture
-def page(ctl):
-    """Makes a page of a fleet's table."""
-    def make(hosts=HOSTS, **options):
-        rows = write_fleet(ctl.folder / "results.csv", hosts, **options)
-        done = ctl.run("report", "--html", "page.html", "--force", "--all-runs",
-                       "--host-pattern", HOST_PATTERN, "results.csv")
-        if "was built without" in done.stderr:
-            pytest.skip("needs a program with charts")
-        assert done.stderr == "marrowctl report: written: page.html\n", done.stderr
-        assert done.returncode in (0, 1)
-        return ctl.folder / "page.html", rows
-    return make
+def marks_of(drawing, kinds):
+    """How many marks with a shape a drawing has."""
+    marks = dict.fromkeys(kinds, 0)
+    for group in drawing.iter(f"{SVG}g"):
+        classes = group.get("class", "").split()
+        for kind in kinds:
+            if f"mark-{kind}" in classes and "role-mark" in classes:
+                marks[kind] += sum(mark.tag == f"{SVG}line" or bool(mark.get("d")) for mark in group)
+    return marks
 
 
-def columns_of(path):
-    """For each chart that the page is to draw the columns of its table."""
-    text = re.search(r'<script type="application/json" id="charts">(.*?)</script>', path.read_text(), re.S)[1]
-    return {chart["id"]: {column["name"]: column["values"] for column in chart["table"]}
-            for chart in json.loads(text)["charts"]}
+def expect_drawn(path, sections):
+    """Every chart of these sections has its marks."""
+    expected, drawings = page_charts.expected_marks(path), drawings_of(path)
+    assert {chart: marks_of(drawings[chart], marks) for chart, marks in expected.items()} == expected
+    assert set(page_charts.sections_of(path).values()) == set(sections)
+    return drawings
 
 
-def charts_of(path):
-    """The rows of each chart's table."""
-    return {name: len(next(iter(columns.values()))) for name, columns in columns_of(path).items()}
-
-
-def shown_rows(columns):
-    """Rows that have a mark: no row may have been half done while so many clients were active."""
-    return sum(value is not None for value in columns.get("each", next(iter(columns.values()))))
-
-
-def expect_quiet(chromium, path):
-    assert chromium.complaints == []
-    assert chromium.requests == [path.as_uri()]
-
-
-def expect_drawn(chromium, path):
-    """Every chart has its marks, and is as wide as its place."""
-    drawn = chromium.evaluate(DRAWN)
-    charts = columns_of(path)
-    assert drawn.keys() == charts.keys()
-    for name, chart in drawn.items():
-        assert abs(chart["width"] - chart["room"]) <= 1, (name, chart)
-        for kind, each in MARKS[chart["section"]].items():
-            columns = charts[name] if name != "scaling-together" else {"together": charts[name]["together"]}
-            assert chart["marks"][kind] == each * shown_rows(columns), (name, kind, chart)
-    return {chart["section"] for chart in drawn.values()}
-
-
-@pytest.mark.parametrize("width", [1280, 700])
-@pytest.mark.parametrize("dark", [False, True])
-def test_page_draws_every_chart(chromium, page, width, dark):
+@needs_node
+def test_report_draws_every_chart(page):
     path, rows = page()
-    chromium.open(path, width, dark=dark)
-    expect_quiet(chromium, path)
-    assert expect_drawn(chromium, path) == MARKS.keys()
-    assert charts_of(path)["timeline-rows"] == rows
-    assert chromium.evaluate("document.documentElement.scrollWidth") <= width
+    drawings = expect_drawn(path, page_charts.REPORT)
+    assert page_charts.rows_of(path)["timeline-rows"] == rows
+    labels = [mark.get("aria-label") for mark in drawings["timeline-rows"].iter(f"{SVG}path") if mark.get("aria-label")]
+    assert sum("c01" in label for label in labels) > 0
 
 
-def test_page_prints_on_a4(chromium, page):
-    path, _ = page()
-    chromium.open(path, 1280)
-    pdf = chromium.pdf()
-    assert pdf.startswith(b"%PDF-")
-    sizes = {tuple(map(float, box.split())) for box in re.findall(rb"/MediaBox \[([\d. ]+)\]", pdf)}
-    assert {(round(width), round(height)) for _, _, width, height in sizes} == {(595, 842)}
-    expect_quiet(chromium, path)
+@needs_node
+def test_comparison_draws_every_chart(compared_page):
+    expect_drawn(compared_page(), page_charts.COMPARISON)
 
 
-def test_charts_have_the_paper_s_width_when_printed(chromium, page):
-    path, _ = page()
-    chromium.open(path, 1280)
-    widths = chromium.evaluate("""
-        dispatchEvent(new Event('beforeprint'));
-        Promise.resolve().then(() => new Promise((done) => setTimeout(done, 100))).then(() =>
-          [...document.querySelectorAll('.chart svg')].map((svg) => +svg.getAttribute('width')))""")
-    assert set(widths) == {760}
-    chromium.evaluate("dispatchEvent(new Event('afterprint'))")
-    expect_drawn(chromium, path)
-
-
-def test_tables_open_beside_their_charts(chromium, page):
-    path, _ = page()
-    chromium.open(path, 1280)
-    chromium.evaluate("for (const each of document.querySelectorAll('figure details')) each.open = true;"
-                      "new Promise((done) => setTimeout(done, 300))")
-    counted = chromium.evaluate("Object.fromEntries([...document.querySelectorAll('figure')].map((figure) =>"
-                                "[figure.id, figure.querySelectorAll('tbody tr').length]))")
-    assert counted == charts_of(path)
-    expect_quiet(chromium, path)
-
-
-def test_hostile_names_are_text(chromium, page):
-    path, _ = page(HOSTILE)
-    chromium.open(path, 1280)
-    expect_quiet(chromium, path)
-    expect_drawn(chromium, path)
-    assert chromium.evaluate("typeof hacked") == "undefined"
-    assert chromium.evaluate("document.querySelectorAll('img, iframe, [onerror], [onload]').length") == 0
-    assert chromium.evaluate("document.scripts.length") == 3
-    axis = chromium.evaluate("[...document.querySelectorAll('#timeline .role-axis-label text')]"
-                             ".map((label) => label.textContent)")
-    shown = {name.replace("\udcff", "\ufffd") for name in HOSTILE}
-    assert shown <= set(axis), axis
-
-
-def test_a_script_that_is_not_the_page_s_own_does_not_run(chromium, page):
-    path, _ = page()
-    text = path.read_text()
-    path.write_text(text.replace("<header>", "<script>hacked = 1</script><header onclick='hacked = 1'>", 1))
-    chromium.open(path, 1280)
-    assert chromium.evaluate("document.querySelector('header').click(); typeof hacked") == "undefined"
-    assert len(chromium.complaints) >= 1
+@needs_node
+@pytest.mark.parametrize("clients", [1, 300])
+def test_few_and_many_clients_are_drawn(page, clients):
+    path, _ = page([f"c{number:03d}" for number in range(1, clients + 1)])
+    assert all(rows <= 5000 for rows in page_charts.rows_of(path).values())
+    expected, drawings = page_charts.expected_marks(path), drawings_of(path)
+    assert {chart: marks_of(drawings[chart], marks) for chart, marks in expected.items()} == expected
 
 
 def test_policy_names_what_the_page_holds(page):
@@ -178,28 +82,32 @@ def test_policy_names_what_the_page_holds(page):
     assert re.findall(r"\s(?:on[a-z]+|src|href|style)=\"(?!#)", outside.split('<script type="application/json"')[0]) == []
 
 
-def test_many_rows_make_a_small_page(chromium, page):
-    path, _ = page([f"c{number:03d}" for number in range(1, 301)], iterations=20)
-    assert path.stat().st_size < 5_000_000
-    assert all(rows <= 5000 for rows in charts_of(path).values())
-    chromium.open(path, 1280)
-    expect_quiet(chromium, path)
-    assert "too many for a bar each" in chromium.evaluate("document.body.textContent")
-
-
 @pytest.mark.skipif(not os.environ.get("MARROWBENCH_ALL"), reason="needs minutes: set MARROWBENCH_ALL")
-def test_a_million_rows_make_a_small_page(chromium, page):
+def test_a_million_rows_make_a_small_page(page):
     path, rows = page([f"c{number:04d}" for number in range(1, 1001)], iterations=50)
     assert rows == 1_000_000
     print(f"FIGURE page of a million rows: {path.stat().st_size / 1e6:.1f} MB")
     assert path.stat().st_size < 5_000_000
-    chromium.open(path, 1280)
-    expect_quiet(chromium, path)
+    drawings_of(path)
 
 
-def test_a_page_is_not_overwritten_unasked(ctl, page):
+def test_many_rows_make_a_small_page(page):
+    path, _ = page([f"c{number:03d}" for number in range(1, 301)], iterations=20)
+    assert path.stat().st_size < 5_000_000
+    assert all(rows <= 5000 for rows in page_charts.rows_of(path).values())
+    assert "too many for a bar each" in path.read_text()
+
+
+def test_a_page_is_not_overwritten_unasked(ctl, page, compared_page):
     path, _ = page()
     before = path.read_text()
     done = ctl.run("report", "--html", "page.html", "results.csv")
     assert (done.returncode, path.read_text()) == (2, before)
     assert done.stderr.startswith("marrowctl report: page.html: ")
+
+    path = compared_page()
+    before = path.read_text()
+    done = ctl.run("compare", "--html", "compared.html", "old.csv", "new.csv")
+    assert (done.returncode, path.read_text()) == (2, before)
+    assert done.stderr.startswith("marrowctl compare: compared.html: ")
+    assert done.stdout == ""
