@@ -11,10 +11,11 @@ std::string replaced(std::string_view text, Replacement replacementOf) {
   result.reserve(text.size() + text.size() / 16);
   for (const char letter : text) {
     const std::string_view other = replacementOf(letter);
-    if (other.empty())
+    if (other.empty()) {
       result += letter;
-    else
+    } else {
       result += other;
+    }
   }
   return result;
 }

@@ -43,10 +43,11 @@ void mergeSpans(std::vector<Span>& spans) {
             [](const Span& a, const Span& b) { return a.from < b.from; });
   std::vector<Span> merged;
   for (const Span& span : spans) {
-    if (merged.empty() || span.from > merged.back().to + kBridgedPause)
+    if (merged.empty() || span.from > merged.back().to + kBridgedPause) {
       merged.push_back(span);
-    else
+    } else {
       merged.back().to = std::max(merged.back().to, span.to);
+    }
   }
   spans = std::move(merged);
 }
@@ -89,6 +90,7 @@ std::vector<std::vector<Step>> stepsByTest(const Report& report) {
     }
   }
   std::vector<std::vector<Step>> steps;
+  steps.reserve(changes.size());
   for (std::vector<Change>& each : changes) steps.push_back(stepsOf(each));
   return steps;
 }
@@ -138,14 +140,17 @@ std::vector<ActivePoint> pointsOf(std::vector<Sum>& sums) {
 std::vector<std::vector<ActivePoint>> activePointsOf(const Report& report) {
   const std::vector<std::vector<Step>> steps = stepsByTest(report);
   std::vector<std::vector<Sum>> sums;
+  sums.reserve(steps.size());
   for (const std::vector<Step>& each : steps) sums.push_back(emptySums(each));
   RowCursor cursor(report.results, Unpacking::nothing);
   while (cursor.next()) {
     const ResultRow& row = cursor.row();
-    if (row.moved && row.exactStart < static_cast<double>(row.end))
+    if (row.moved && row.exactStart < static_cast<double>(row.end)) {
       addRow(sums[row.test], steps[row.test], row);
+    }
   }
   std::vector<std::vector<ActivePoint>> points;
+  points.reserve(sums.size());
   for (std::vector<Sum>& each : sums) points.push_back(pointsOf(each));
   return points;
 }

@@ -25,7 +25,7 @@ nlohmann::json channelOf(std::string_view field, std::string_view title,
 }  // namespace
 
 std::string interfaceOf(Method method) {
-  const std::string name(nameOf(method));
+  std::string name(nameOf(method));
   switch (method) {
     case Method::stream: return "streams (" + name + ")";
     case Method::ansiC: return "stdio (" + name + ")";
@@ -47,10 +47,11 @@ ColourKey::ColourKey(const Report& report, const std::vector<std::uint32_t>& sho
     : isByTest(shown.size() <= kMostColours), groups(report.tests.size()) {
   for (const std::uint32_t test : shown) {
     const ResultTest& known = report.results.tests[test];
-    if (isByTest)
+    if (isByTest) {
       add(test, known.name, kColours[labels.size()]);
-    else
+    } else {
       add(test, interfaceOf(known.parameters.method), colourOf(known.parameters.method));
+    }
   }
 }
 

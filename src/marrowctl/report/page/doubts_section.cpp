@@ -33,10 +33,11 @@ std::vector<Suspicions> groupsOf(const Report& report) {
     const auto alike = std::find_if(groups.begin(), groups.end(), [&each](const Suspicions& group) {
       return group.front()->name == each.name && group.front()->remedy == each.remedy;
     });
-    if (alike == groups.end())
+    if (alike == groups.end()) {
       groups.push_back({&each});
-    else
+    } else {
       alike->push_back(&each);
+    }
   }
   return groups;
 }

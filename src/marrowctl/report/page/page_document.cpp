@@ -35,12 +35,12 @@ std::string headHtml(std::string_view title, const PageAssets& assets) {
 void appendChart(std::string& json, const Chart& chart) {
   std::string id;
   JsonWriter(id).value(chart.id);
-  json += fmt::format("{}{{\"id\":{},\"spec\":{},\"table\":{}}}", json.back() == '[' ? "" : ",", id,
+  json += fmt::format(R"({}{{"id":{},"spec":{},"table":{}}})", json.back() == '[' ? "" : ",", id,
                       chart.spec, chart.table.json());
 }
 
 std::string chartsJson(const std::vector<ChartSection>& sections) {
-  std::string json = fmt::format("{{\"config\":{},\"charts\":[", chartConfig());
+  std::string json = fmt::format(R"({{"config":{},"charts":[)", chartConfig());
   for (const ChartSection& section : sections) {
     for (const Chart& chart : section.charts) appendChart(json, chart);
   }
