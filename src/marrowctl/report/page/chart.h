@@ -8,16 +8,16 @@
 #include "marrowctl/report/page/chart_table.h"
 #include "marrowctl/report/report.h"
 
-/// The charts of a page, each a Vega-Lite specification and the table that it is drawn from.
+/// The charts of a page, each a drawing for Vega-Lite and the table that it is drawn from.
 namespace marrowbench::ctl {
 
 /// More marks make no chart clearer, and every page larger.
 inline constexpr std::size_t kMostMarks = 5000;
 
 struct Chart {
-  std::string id;     ///< unique in a page: letters, digits and hyphens
-  std::string title;  ///< what it shows, with the unit
-  std::string spec;   ///< JSON, without data, width and configuration
+  std::string id;       ///< unique in a page: letters, digits and hyphens
+  std::string title;    ///< what it shows, with the unit
+  std::string drawing;  ///< JSON, without data, width and configuration
   ChartTable table;
   std::string note;  ///< what was summarised or left out; empty: nothing
 };

@@ -17,7 +17,7 @@ enum class ColumnKind { text, number, time };
 class ChartTable {
  public:
   struct Column {
-    std::string name;   ///< as the chart's specification calls it
+    std::string name;   ///< as the chart's drawing calls it
     std::string title;  ///< for people, with the unit
     ColumnKind kind = ColumnKind::text;
   };

@@ -14,7 +14,7 @@ namespace {
 constexpr std::size_t kMostTests = 60;
 constexpr std::size_t kRowHeight = 20;  // pixels
 
-constexpr std::string_view kSpec = R"({
+constexpr std::string_view kDrawing = R"({
   "encoding": {"y": {"field": "test", "type": "nominal", "sort": null, "title": null,
     "axis": {"labelOverlap": false, "ticks": false, "domain": false, "labelLimit": 360}}},
   "transform": [{"fold": ["first", "later"], "as": ["which", "speed"]},
@@ -77,9 +77,9 @@ ChartSection firstIterationSection(const Report& report) {
                        "No test has rows of a first and of a later iteration."};
   const ChartTable table = tableOf(report);
   if (table.rows() == 0) return section;
-  nlohmann::json spec = nlohmann::json::parse(kSpec);
-  spec["height"] = kRowHeight * table.rows();
-  section.charts.push_back({"first-iteration-speed", "Median speed, MiB/s", spec.dump(), table,
+  nlohmann::json drawing = nlohmann::json::parse(kDrawing);
+  drawing["height"] = kRowHeight * table.rows();
+  section.charts.push_back({"first-iteration-speed", "Median speed, MiB/s", drawing.dump(), table,
                             table.rows() == kMostTests
                                 ? fmt::format("Only the first {} tests are shown.", kMostTests)
                                 : ""});

@@ -9,7 +9,7 @@
 namespace marrowbench::ctl {
 namespace {
 
-constexpr std::string_view kSpec = R"({
+constexpr std::string_view kDrawing = R"({
   "height": 230,
   "encoding": {
     "x": {"field": "chunk", "type": "ordinal", "sort": null, "title": "Chunk size",
@@ -93,8 +93,8 @@ ChartTable tableOf(const Report& report, const std::vector<std::uint32_t>& tests
   return table;
 }
 
-std::string spec() {
-  nlohmann::json chart = nlohmann::json::parse(kSpec);
+std::string drawing() {
+  nlohmann::json chart = nlohmann::json::parse(kDrawing);
   chart["encoding"]["color"] = interfaceChannel("interface");
   chart["encoding"]["xOffset"]["sort"] = chart["encoding"]["color"]["scale"]["domain"];
   return chart.dump();
@@ -116,7 +116,7 @@ ChartSection interfaceSection(const Report& report) {
     const std::vector<std::uint32_t> tests = testsOf(report, kind.type);
     if (!compares(report, tests)) continue;
     section.charts.push_back(
-        {std::string(kind.id), std::string(kind.title), spec(), tableOf(report, tests), ""});
+        {std::string(kind.id), std::string(kind.title), drawing(), tableOf(report, tests), ""});
   }
   return section;
 }

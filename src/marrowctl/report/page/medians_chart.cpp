@@ -10,7 +10,7 @@ namespace {
 constexpr std::size_t kMostTests = 100;
 constexpr std::size_t kRowHeight = 20;  // pixels
 
-constexpr std::string_view kSpec = R"({
+constexpr std::string_view kDrawing = R"({
   "encoding": {"y": {"field": "test", "type": "nominal", "sort": null, "title": null,
     "axis": {"labelOverlap": false, "ticks": false, "domain": false, "labelLimit": 360}}},
   "transform": [{"fold": ["old", "new"], "as": ["which", "speed"]}],
@@ -52,11 +52,11 @@ ChartSection mediansSection(const Comparison& comparison) {
                        "No test moved anything in both runs."};
   const ChartTable table = tableOf(comparison);
   if (table.rows() == 0) return section;
-  nlohmann::json spec = nlohmann::json::parse(kSpec);
-  spec["height"] = kRowHeight * table.rows();
+  nlohmann::json drawing = nlohmann::json::parse(kDrawing);
+  drawing["height"] = kRowHeight * table.rows();
   const std::size_t all = comparison.tests.size();
   section.charts.push_back(
-      {"medians-tests", "Median speed by test, MiB/s", spec.dump(), table,
+      {"medians-tests", "Median speed by test, MiB/s", drawing.dump(), table,
        table.rows() == all ? "" : fmt::format("{} of {} tests are shown.", table.rows(), all)});
   return section;
 }

@@ -97,11 +97,11 @@
   }
 
   // Charts that differ in nothing but their rows and width are compiled once.
-  function parse(spec) {
-    const key = JSON.stringify(spec);
+  function parse(drawing) {
+    const key = JSON.stringify(drawing);
     if (!parsed.has(key)) {
       const full = {
-        ...spec, config: page.config, width: 100, autosize: { type: 'fit-x', contains: 'padding' }, data: { name: 'rows' },
+        ...drawing, config: page.config, width: 100, autosize: { type: 'fit-x', contains: 'padding' }, data: { name: 'rows' },
       };
       parsed.set(key, library.parse(library.compile(full).spec, null, { ast: true }));
     }
@@ -113,7 +113,7 @@
   function draw(chart) {
     if (drawn.has(chart.id)) return;
     const place = placeOf(chart);
-    const view = new library.View(parse(chart.spec), {
+    const view = new library.View(parse(chart.drawing), {
       expr: library.expressionInterpreter,
       renderer: 'svg',
       container: place,
@@ -128,7 +128,7 @@
   }
 
   // Room for what is not drawn yet, so that a link to a part below leads there.
-  for (const chart of page.charts) placeOf(chart).style.minHeight = `${chart.spec.height ?? 0}px`;
+  for (const chart of page.charts) placeOf(chart).style.minHeight = `${chart.drawing.height ?? 0}px`;
 
   // In pieces, so that the page can be scrolled meanwhile; a chart a piece would have all be painted anew for each.
   function drawFrom(index) {

@@ -35,8 +35,8 @@ std::string headHtml(std::string_view title, const PageAssets& assets) {
 void appendChart(std::string& json, const Chart& chart) {
   std::string id;
   JsonWriter(id).value(chart.id);
-  json += fmt::format(R"({}{{"id":{},"spec":{},"table":{}}})", json.back() == '[' ? "" : ",", id,
-                      chart.spec, chart.table.json());
+  json += fmt::format(R"({}{{"id":{},"drawing":{},"table":{}}})", json.back() == '[' ? "" : ",", id,
+                      chart.drawing, chart.table.json());
 }
 
 std::string chartsJson(const std::vector<ChartSection>& sections) {

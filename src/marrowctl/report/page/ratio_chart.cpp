@@ -14,7 +14,7 @@ constexpr std::size_t kRowHeight = 22;  // pixels
 // Beyond it one test would press the others together on a linear scale.
 constexpr double kWidestRatio = 3;
 
-constexpr std::string_view kSpec = R"({
+constexpr std::string_view kDrawing = R"({
   "layer": [
     {"data": {"values": [{"from": 0.98, "to": 1.02}]}, "mark": {"type": "rect", "style": "guide", "color": "currentColor", "opacity": 0.1},
       "encoding": {"x": {"field": "from", "type": "quantitative"}, "x2": {"field": "to"}}},
@@ -62,14 +62,14 @@ bool isFarFromOne(const ComparedTest& test) {
 }
 
 std::string specOf(const Comparison& comparison, std::size_t rows) {
-  nlohmann::json spec = nlohmann::json::parse(kSpec);
-  spec["height"] = kRowHeight * rows;
+  nlohmann::json drawing = nlohmann::json::parse(kDrawing);
+  drawing["height"] = kRowHeight * rows;
   for (std::size_t layer = 2; layer < 4; ++layer)
-    spec["layer"][layer]["encoding"]["color"] = channelOf(&Look::colour);
-  spec["layer"][3]["encoding"]["shape"] = channelOf(&Look::shape);
+    drawing["layer"][layer]["encoding"]["color"] = channelOf(&Look::colour);
+  drawing["layer"][3]["encoding"]["shape"] = channelOf(&Look::shape);
   if (std::any_of(comparison.tests.begin(), comparison.tests.end(), isFarFromOne))
-    spec["layer"][3]["encoding"]["x"]["scale"] = {{"type", "log"}};
-  return spec.dump();
+    drawing["layer"][3]["encoding"]["x"]["scale"] = {{"type", "log"}};
+  return drawing.dump();
 }
 
 ChartTable tableOf(const Comparison& comparison) {

@@ -86,8 +86,8 @@ ChartTable tableOf(const Report& report, const Points& points,
   return table;
 }
 
-std::string coloured(std::string_view spec, const ColourKey& key) {
-  nlohmann::json chart = nlohmann::json::parse(spec);
+std::string coloured(std::string_view drawing, const ColourKey& key) {
+  nlohmann::json chart = nlohmann::json::parse(drawing);
   chart["encoding"]["color"] = key.channel("test");
   return chart.dump();
 }

@@ -8,7 +8,7 @@
 namespace marrowbench::ctl {
 namespace {
 
-constexpr std::string_view kSpec = R"({
+constexpr std::string_view kDrawing = R"({
   "height": 250,
   "encoding": {
     "x": {"field": "percent", "type": "quantitative", "title": "Copy speed setting, %",
@@ -103,10 +103,10 @@ ChartSection throttlingSection(const Report& report) {
                     {"expected", "Expected MiB/s", ColumnKind::number}});
   const std::vector<double> percent = percentages(report);
   for (const Family& family : families) addFamily(table, report, family, percent);
-  nlohmann::json spec = nlohmann::json::parse(kSpec);
-  spec["encoding"]["color"] = interfaceChannel("interface");
+  nlohmann::json drawing = nlohmann::json::parse(kDrawing);
+  drawing["encoding"]["color"] = interfaceChannel("interface");
   section.charts.push_back(
-      {"throttling-speed", "Speed over the copy speed setting, MiB/s", spec.dump(), table, ""});
+      {"throttling-speed", "Speed over the copy speed setting, MiB/s", drawing.dump(), table, ""});
   return section;
 }
 

@@ -42,10 +42,10 @@ Chart chartOf(const Report& report, const ColourKey& key, const TimeBins& bins) 
                        mibPerSecond(bytes[group][bin], bins)});
     }
   }
-  nlohmann::json spec = nlohmann::json::parse(kSteps);
-  spec["encoding"]["x"]["axis"] = timeAxis();
-  spec["encoding"]["color"] = key.channel("group");
-  chart.spec = spec.dump();
+  nlohmann::json drawing = nlohmann::json::parse(kSteps);
+  drawing["encoding"]["x"]["axis"] = timeAxis();
+  drawing["encoding"]["color"] = key.channel("group");
+  chart.drawing = drawing.dump();
   return chart;
 }
 

@@ -90,11 +90,11 @@ Chart barsOf(const Report& report) {
               ""};
   RowCursor cursor(report.results);
   while (cursor.next()) addBar(chart.table, report, key, cursor);
-  nlohmann::json spec = nlohmann::json::parse(kBars);
-  spec["height"] = kRowHeight * report.results.hosts.size();
-  spec["encoding"]["x"]["axis"] = timeAxis();
-  spec["encoding"]["color"] = key.channel("colour");
-  chart.spec = spec.dump();
+  nlohmann::json drawing = nlohmann::json::parse(kBars);
+  drawing["height"] = kRowHeight * report.results.hosts.size();
+  drawing["encoding"]["x"]["axis"] = timeAxis();
+  drawing["encoding"]["color"] = key.channel("colour");
+  chart.drawing = drawing.dump();
   return chart;
 }
 
@@ -124,10 +124,10 @@ Chart heatMapOf(const Report& report) {
                        mibPerSecond(bytes[group][bin], bins) / members});
     }
   }
-  nlohmann::json spec = nlohmann::json::parse(kHeat);
-  spec["height"] = kRowHeight * groups.names.size();
-  spec["encoding"]["x"]["axis"] = timeAxis();
-  chart.spec = spec.dump();
+  nlohmann::json drawing = nlohmann::json::parse(kHeat);
+  drawing["height"] = kRowHeight * groups.names.size();
+  drawing["encoding"]["x"]["axis"] = timeAxis();
+  chart.drawing = drawing.dump();
   return chart;
 }
 

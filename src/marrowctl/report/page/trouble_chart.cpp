@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t kMostClients = 40;
 constexpr std::size_t kRowHeight = 18;  // pixels
 
-constexpr std::string_view kSpec = R"({
+constexpr std::string_view kDrawing = R"({
   "transform": [{"fold": ["errors", "nullData"], "as": ["which", "rows"]}, {"filter": "datum.rows > 0"},
     {"calculate": "datum.which == 'errors' ? 'error rows' : 'rows with null data'", "as": "label"}],
   "mark": {"type": "bar", "style": "row", "height": {"band": 0.7}},
@@ -66,9 +66,9 @@ ChartSection troubleSection(const Report& report) {
     table.add({report.results.hosts[found[i].host], static_cast<double>(found[i].rows),
                static_cast<double>(found[i].errors), static_cast<double>(found[i].nullData)});
   }
-  nlohmann::json spec = nlohmann::json::parse(kSpec);
-  spec["height"] = kRowHeight * table.rows();
-  section.charts.push_back({"trouble-clients", "Rows in trouble, by client", spec.dump(), table,
+  nlohmann::json drawing = nlohmann::json::parse(kDrawing);
+  drawing["height"] = kRowHeight * table.rows();
+  section.charts.push_back({"trouble-clients", "Rows in trouble, by client", drawing.dump(), table,
                             found.size() > kMostClients
                                 ? fmt::format("The {} clients with most of them are shown, of {}.",
                                               kMostClients, found.size())

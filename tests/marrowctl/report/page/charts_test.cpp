@@ -45,12 +45,12 @@ void expectFieldsOf(const Chart& chart) {
   std::set<std::string> columns, missing;
   for (const auto& column : nlohmann::json::parse(chart.table.json()))
     columns.insert(column["name"]);
-  const nlohmann::json spec = nlohmann::json::parse(chart.spec);
-  for (const auto& transform : spec.value("transform", nlohmann::json::array())) {
+  const nlohmann::json drawing = nlohmann::json::parse(chart.drawing);
+  for (const auto& transform : drawing.value("transform", nlohmann::json::array())) {
     for (const auto& name : transform.value("as", nlohmann::json::array())) columns.insert(name);
     if (transform.value("as", nlohmann::json()).is_string()) columns.insert(transform["as"]);
   }
-  const auto flat = spec.flatten();
+  const auto flat = drawing.flatten();
   for (const auto& [path, value] : flat.items()) {
     if (path.ends_with("/field") && !columns.contains(value)) missing.insert(value);
   }
@@ -85,9 +85,9 @@ TEST(Charts, SayWhyThereIsNone) {
 }
 
 TEST(TimelineChart, IsAHeatMapForManyRows) {
-  EXPECT_NE(timelineSection(fullReport(3, 3)).charts[0].spec.find("\"bar\""), std::string::npos);
+  EXPECT_NE(timelineSection(fullReport(3, 3)).charts[0].drawing.find("\"bar\""), std::string::npos);
   const Chart heat = timelineSection(fullReport(700, 3)).charts[0];
-  EXPECT_NE(heat.spec.find("\"rect\""), std::string::npos);
+  EXPECT_NE(heat.drawing.find("\"rect\""), std::string::npos);
   EXPECT_NE(heat.note.find("too many"), std::string::npos);
 }
 

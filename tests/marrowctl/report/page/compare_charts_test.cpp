@@ -26,8 +26,8 @@ nlohmann::json columnOf(const Chart& chart, const std::string& name) {
 }
 
 std::string scaleOf(const Chart& chart) {
-  const nlohmann::json spec = nlohmann::json::parse(chart.spec);
-  return spec["layer"].back()["encoding"]["x"]["scale"].value("type", "linear");
+  const nlohmann::json drawing = nlohmann::json::parse(chart.drawing);
+  return drawing["layer"].back()["encoding"]["x"]["scale"].value("type", "linear");
 }
 
 TEST(RatioChart, HasTheRatioAndItsInterval) {
