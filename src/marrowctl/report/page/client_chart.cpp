@@ -82,7 +82,7 @@ ChartTable tableOf(const Report& report, const std::vector<const ClientReport*>&
 }
 
 // The colour of the interface, on boxes and points; whiskers and medians keep that of the text.
-std::string specOf(bool hasNames, std::size_t clients, Method method) {
+std::string drawingOf(bool hasNames, std::size_t clients, Method method) {
   nlohmann::json chart = nlohmann::json::parse(hasNames ? kBoxes : kRanks);
   if (hasNames) chart["height"] = kRowHeight * clients;
   for (nlohmann::json& layer : chart["layer"]) {
@@ -99,7 +99,7 @@ Chart chartOf(const Report& report, std::uint32_t test, std::size_t mostClients)
   const std::size_t shown = hasNames ? clients.size() : std::min(clients.size(), mostClients);
   const ResultTest& known = report.results.tests[test];
   Chart chart{"clients-" + std::to_string(test + 1), known.name,
-              specOf(hasNames, clients.size(), known.parameters.method),
+              drawingOf(hasNames, clients.size(), known.parameters.method),
               tableOf(report, clients, shown), ""};
   if (shown < clients.size()) {
     chart.note = fmt::format("{} of {} clients are shown, the slowest and the fastest among them.",

@@ -103,7 +103,7 @@
       const full = {
         ...drawing, config: page.config, width: 100, autosize: { type: 'fit-x', contains: 'padding' }, data: { name: 'rows' },
       };
-      parsed.set(key, library.parse(library.compile(full).spec, null, { ast: true }));
+      parsed.set(key, library.parse(library.lowered(full), null, { ast: true }));
     }
     return parsed.get(key);
   }

@@ -61,7 +61,7 @@ bool isFarFromOne(const ComparedTest& test) {
          (*test.ratio > kWidestRatio || *test.ratio < 1 / kWidestRatio);
 }
 
-std::string specOf(const Comparison& comparison, std::size_t rows) {
+std::string drawingOf(const Comparison& comparison, std::size_t rows) {
   nlohmann::json drawing = nlohmann::json::parse(kDrawing);
   drawing["height"] = kRowHeight * rows;
   for (std::size_t layer = 2; layer < 4; ++layer)
@@ -105,7 +105,7 @@ ChartSection ratioSection(const Comparison& comparison) {
   if (table.rows() == 0) return section;
   const std::size_t all = comparison.tests.size();
   section.charts.push_back({"ratios-tests", "New speed / old speed, by test, worst first",
-                            specOf(comparison, table.rows()), table,
+                            drawingOf(comparison, table.rows()), table,
                             table.rows() == all
                                 ? ""
                                 : fmt::format("{} of {} tests are shown; the table of tests has "
