@@ -1,36 +1,16 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <vector>
 
 #include "marrowctl/report/page/chart.h"
-#include "marrowctl/report/page/chart_style.h"
+#include "marrowctl/report/page/speed_pairs.h"
 #include "marrowctl/report/statistics.h"
 
 namespace marrowbench::ctl {
 namespace {
 
 constexpr std::size_t kMostTests = 60;
-constexpr std::size_t kRowHeight = 20;  // pixels
-
-constexpr std::string_view kDrawing = R"({
-  "encoding": {"y": {"field": "test", "type": "nominal", "sort": null, "title": null,
-    "axis": {"labelOverlap": false, "ticks": false, "domain": false, "labelLimit": 360}}},
-  "transform": [{"fold": ["first", "later"], "as": ["which", "speed"]},
-    {"calculate": "datum.which == 'first' ? 'first iteration' : 'later iterations'", "as": "label"}],
-  "layer": [
-    {"mark": {"type": "line", "style": "guide", "strokeWidth": 2, "opacity": 0.5, "color": "currentColor"}, "encoding": {
-      "x": {"field": "speed", "type": "quantitative", "title": "MiB/s, median of rows", "scale": {"zero": true}},
-      "detail": {"field": "test"}}},
-    {"mark": {"type": "point", "style": "row", "size": 75, "opacity": 1, "filled": true}, "encoding": {
-      "x": {"field": "speed", "type": "quantitative"},
-      "color": {"field": "label", "type": "nominal", "title": null, "scale": {
-        "domain": ["first iteration", "later iterations"], "range": ["#d55e00", "#0072b2"]}},
-      "shape": {"field": "label", "type": "nominal", "title": null, "scale": {
-        "domain": ["first iteration", "later iterations"], "range": ["diamond", "circle"]}}}}
-  ]
-})";
 
 // Speeds of a test's rows.
 struct Speeds {
@@ -77,12 +57,13 @@ ChartSection firstIterationSection(const Report& report) {
                        "No test has rows of a first and of a later iteration."};
   const ChartTable table = tableOf(report);
   if (table.rows() == 0) return section;
-  nlohmann::json drawing = nlohmann::json::parse(kDrawing);
-  drawing["height"] = kRowHeight * table.rows();
-  section.charts.push_back({"first-iteration-speed", "Median speed, MiB/s", drawing.dump(), table,
-                            table.rows() == kMostTests
-                                ? fmt::format("Only the first {} tests are shown.", kMostTests)
-                                : ""});
+  section.charts.push_back(
+      {"first-iteration-speed", "Median speed, MiB/s",
+       speedPairsDrawing({"first", "first iteration", "#d55e00"},
+                         {"later", "later iterations", "#0072b2"}, table.rows()),
+       table,
+       table.rows() == kMostTests ? fmt::format("Only the first {} tests are shown.", kMostTests)
+                                  : ""});
   return section;
 }
 
