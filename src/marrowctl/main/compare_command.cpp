@@ -2,6 +2,7 @@
 
 #include "marrowctl/main/commands.h"
 #include "marrowctl/main/page_options.h"
+#include "marrowctl/main/read_tables.h"
 #include "marrowctl/main/table_options.h"
 #include "marrowctl/report/compare.h"
 #include "marrowctl/report/page/compare_page.h"
@@ -22,9 +23,11 @@ Outcome runCompare(const CompareCommand& command) {
   if (const auto outcome = refusedPage("compare", command.page)) return *outcome;
   TableSource source;
   if (const auto outcome = prepareSource("compare", command.from, source)) return *outcome;
-  const ReadOutcome before = readResults(readOptionsOf(command.from, source, {command.oldTables}));
+  const ReadOutcome before =
+      readTables("compare", readOptionsOf(command.from, source, {command.oldTables}));
   if (!before.problem.empty()) return impossible("compare", before.problem);
-  const ReadOutcome after = readResults(readOptionsOf(command.from, source, {command.newTables}));
+  const ReadOutcome after =
+      readTables("compare", readOptionsOf(command.from, source, {command.newTables}));
   if (!after.problem.empty()) return impossible("compare", after.problem);
 
   const Comparison comparison = compare(before.set, after.set);

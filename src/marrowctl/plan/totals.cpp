@@ -104,6 +104,7 @@ class Count {
     for (const PlannedLine& line : file.lines) {
       if (line.kind != LineKind::test) continue;
       sums.movedByTest.push_back(0);
+      sums.pauseMsByTest.push_back(0);
       const bool hasTable = !line.fields[kTableField].text.empty();
       if (hasTable && line.test.isRun) add(sums.rowsPerClient, std::max(line.test.iterations, 0));
       if (movesData(line.test)) countTest(file, line.test);
@@ -153,7 +154,9 @@ class Count {
     if (test.type != TestType::write) add(sums.bytesRead, bytes);
     if (test.type != TestType::read) add(sums.bytesWritten, bytes);
     if (test.type != TestType::copy) sums.memoryBytes = std::max(sums.memoryBytes, size);
-    add(pauseMs[host], product(pauseOf(test, size), files.count));
+    const std::int64_t pauses = product(pauseOf(test, size), files.count);
+    add(pauseMs[host], pauses);
+    if (host == 0) add(sums.pauseMsByTest.back(), pauses);
   }
 
   void countLeft(const std::string& name, const FileFamily& family) {

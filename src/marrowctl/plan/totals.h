@@ -29,6 +29,8 @@ struct Totals {
   /// Bytes that each of the plan's tests moves on the first client, iterations included;
   /// kUnknownSize where one of them is not known.
   std::vector<std::int64_t> movedByTest;
+  /// Pauses of each of the plan's tests on the first client, iterations included.
+  std::vector<std::int64_t> pauseMsByTest;
 };
 
 [[nodiscard]] Totals totalsOf(const Plan& plan);

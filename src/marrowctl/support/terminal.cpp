@@ -49,15 +49,20 @@ std::string_view codeOf(Tone tone) {
 
 bool isTerminal(std::FILE* file) { return isatty(fileno(file)) == 1; }
 
+bool canRedraw(std::FILE* file) { return isTerminal(file) && valueOf("TERM") != "dumb"; }
+
+int widthOf(std::FILE* file) {
+  struct winsize size {};
+  const bool isKnown = ioctl(fileno(file), TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  return isKnown ? static_cast<int>(size.ws_col) : TextStyle{}.width;
+}
+
 TextStyle styleOf(std::FILE* file) {
   TextStyle style;
   style.hasBlocks = isUtf8Locale();
   if (!isTerminal(file)) return style;
   style.hasColour = valueOf("NO_COLOR").empty() && valueOf("TERM") != "dumb";
-  struct winsize size {};
-  if (ioctl(fileno(file), TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
-    style.width = std::max(static_cast<int>(size.ws_col), kLeastWidth);
-  }
+  style.width = std::max(widthOf(file), kLeastWidth);
   return style;
 }
 

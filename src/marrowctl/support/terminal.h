@@ -16,6 +16,12 @@ struct TextStyle {
 
 [[nodiscard]] bool isTerminal(std::FILE* file);
 
+/// A terminal that can draw a line anew in its place.
+[[nodiscard]] bool canRedraw(std::FILE* file);
+
+/// Columns of a terminal, however few; 100 where there is none.
+[[nodiscard]] int widthOf(std::FILE* file);
+
 /// Colour on a terminal, unless NO_COLOR is set and not empty or TERM is "dumb"; the terminal's
 /// width, 100 columns where there is none. Block characters where the locale's characters are
 /// UTF-8.

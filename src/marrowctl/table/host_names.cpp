@@ -50,6 +50,15 @@ class NameFinder {
     }
   }
 
+  void find(std::string_view text, std::vector<std::pair<std::size_t, std::size_t>>& spans) const {
+    for (std::size_t from = 0;;) {
+      const Found found = findName(text, from, names, longest);
+      if (found.length == 0) return;
+      spans.emplace_back(found.position, found.length);
+      from = found.position + found.length;
+    }
+  }
+
   [[nodiscard]] std::string without(std::string_view text) const {
     std::string result;
     for (;;) {
@@ -104,6 +113,45 @@ std::string takeGroup(std::string& path, const std::regex& expression) {
   return match[1].str();
 }
 
+// So many rows of a kind tell where its clients' names stand.
+constexpr std::uint64_t kRowsLookedAt = 1000;
+
+using Span = std::pair<std::size_t, std::size_t>;
+
+bool isWithin(const Span& part, const std::vector<Span>& spans) {
+  return std::any_of(spans.begin(), spans.end(), [&part](const Span& span) {
+    return part.first >= span.first && part.first + part.second <= span.first + span.second;
+  });
+}
+
+// @param find  appends where names stand in a path
+template <class Find>
+KnownTexts numbersInNames(const RowStore& store, const Find& find) {
+  KnownTexts texts;
+  for (const RowKind& kind : store.kinds)
+    texts.emplace_back(kind.sourceNumbers + kind.destNumbers, false);
+  std::vector<std::uint64_t> seen(store.kinds.size());
+  std::vector<Span> numbers, names;
+  for (StoredRowCursor rows(store); rows.next();) {
+    const std::uint32_t index = rows.row().kind;
+    if (texts[index].empty() || seen[index]++ >= kRowsLookedAt) continue;
+    const Digits* digits = rows.numbers().data();
+    std::size_t number = 0;
+    for (const auto& [shape, path] :
+         {std::pair{rows.kind().source, rows.source()}, std::pair{rows.kind().dest, rows.dest()}}) {
+      numbers.clear();
+      names.clear();
+      appendSpans(shape, digits, numbers);
+      find(path, names);
+      for (const Span& each : numbers) {
+        if (isWithin(each, names)) texts[index][number] = true;
+        ++number;
+      }
+    }
+  }
+  return texts;
+}
+
 std::string fileNameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
 void maskHosts(std::vector<Site>& sites, const std::vector<std::string>& names) {
@@ -123,6 +171,22 @@ std::string problemOfPattern(const std::string& pattern) {
   } catch (const std::regex_error& problem) {
     return problem.what();
   }
+}
+
+KnownTexts numbersInPattern(const std::string& pattern, const RowStore& store) {
+  const std::regex expression(pattern, std::regex::ECMAScript | std::regex::optimize);
+  return numbersInNames(store, [&expression](const std::string& path, std::vector<Span>& spans) {
+    std::smatch match;
+    if (std::regex_search(path, match, expression) && match.length(1) > 0)
+      spans.emplace_back(match.position(1), match.length(1));
+  });
+}
+
+KnownTexts numbersInList(const std::vector<std::string>& names, const RowStore& store) {
+  const NameFinder finder(names);
+  return numbersInNames(store, [&finder](const std::string& path, std::vector<Span>& spans) {
+    finder.find(path, spans);
+  });
 }
 
 void takeHostsByPattern(const std::string& pattern, const std::vector<ResultFile>& files,

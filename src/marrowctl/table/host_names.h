@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "marrowctl/table/number_roles.h"
 #include "marrowctl/table/result_set.h"
 #include "marrowctl/table/sites.h"
 
@@ -12,6 +13,13 @@ namespace marrowbench::ctl {
 
 /// What is wrong with a regular expression; empty: nothing.
 [[nodiscard]] std::string problemOfPattern(const std::string& pattern);
+
+/// The numbers in the first group of a regular expression: part of a client's name, not iterations.
+[[nodiscard]] KnownTexts numbersInPattern(const std::string& pattern, const RowStore& store);
+
+/// The same of the names of a list.
+[[nodiscard]] KnownTexts numbersInList(const std::vector<std::string>& names,
+                                       const RowStore& store);
 
 /// The first group of a regular expression, tried on dest, source and the table's file name.
 void takeHostsByPattern(const std::string& pattern, const std::vector<ResultFile>& files,

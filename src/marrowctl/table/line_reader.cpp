@@ -82,6 +82,7 @@ bool LineReader::fill() {
 void LineReader::take(TextLine& line, std::size_t length, bool isEnded) {
   line.text = {buffer.data() + begin, std::min(length, kLongest)};
   line.number = ++number;
+  line.begin = total - (end - begin);
   line.isEnded = isEnded;
   line.isCut = length > kLongest;
 }

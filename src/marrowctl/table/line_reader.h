@@ -16,6 +16,7 @@ struct TextLine {
   /// read stand behind it.
   std::string_view text;
   std::uint64_t number = 0;  ///< from 1
+  std::uint64_t begin = 0;   ///< where it begins in what was read, from 0
   bool isEnded = false;      ///< by a line feed: false for a last line without one
   bool isCut = false;        ///< it is longer than kLongest
 };

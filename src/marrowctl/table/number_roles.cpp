@@ -15,6 +15,7 @@ namespace {
 constexpr std::uint64_t kRowsLookedAt = 100'000;
 constexpr double kMostBreaks = 0.1;
 constexpr std::size_t kMostCandidates = 64;
+constexpr Digits kZero = 10;                // the digits "0"
 constexpr std::int64_t kTwoDays = 172'800;  // seconds
 
 using PlaceKey = std::tuple<std::size_t, std::size_t, std::size_t>;
@@ -52,6 +53,7 @@ bool isDateOf(const Range& front, const Range& back, std::int64_t end) {
 struct Candidate {
   NumberPlace place;
   std::int64_t most = 0;
+  bool beginsAtZero = false;
   std::uint64_t steps = 0, breaks = 0;
   std::size_t index = 0;          // among the candidates of the family
   std::uint64_t differsFrom = 0;  // bits of those that had another value in some row
@@ -62,8 +64,11 @@ struct Candidate {
 
 class RoleFinder {
  public:
-  explicit RoleFinder(const RowStore& rowStore)
-      : store(rowStore), numbers(rowStore.kinds.size()), roles(rowStore.kinds.size()) {}
+  RoleFinder(const RowStore& rowStore, const KnownTexts& knownTexts)
+      : store(rowStore),
+        texts(knownTexts),
+        numbers(rowStore.kinds.size()),
+        roles(rowStore.kinds.size()) {}
 
   NumberRoles find() {
     collect();
@@ -122,15 +127,19 @@ class RoleFinder {
             found.try_emplace(keyOfPlace(numbers[k].places[i]), true, Candidate{}).first->second;
         candidate.place = numbers[k].places[i];
         const std::int64_t most = range.most < 10 ? 0 : valueOf(range.most);
-        isPossible = isPossible && roles[k][i] == NumberRole::text && !range.hasLeadingZero &&
-                     most < family.iterations;
+        const bool isText = !texts.empty() && texts[k][i];
+        isPossible = isPossible && roles[k][i] == NumberRole::text && !isText &&
+                     !range.hasLeadingZero && most < family.iterations;
         candidate.most = std::max(candidate.most, most);
+        candidate.beginsAtZero = candidate.beginsAtZero || range.least == kZero;
       }
     }
     std::vector<Candidate> result;
     for (const auto& [place, entry] : found) {
-      if (!entry.first || entry.second.most == 0 || result.size() == kMostCandidates) continue;
-      result.push_back(entry.second);
+      const auto& [isPossible, candidate] = entry;
+      const bool counts = isPossible && candidate.beginsAtZero && candidate.most > 0;
+      if (!counts || result.size() == kMostCandidates) continue;
+      result.push_back(candidate);
       result.back().index = result.size() - 1;
     }
     return result;
@@ -162,7 +171,8 @@ class RoleFinder {
     const std::size_t i = indexOf(kind, candidate.place);
     if (i == kind.places.size()) return;
     const Digits number = rows.numbers()[i];
-    step(candidate, number, groupOf(rows, family * kMostCandidates + candidate.index, i));
+    step(candidate, number, groupOf(rows, family * kMostCandidates + candidate.index, i),
+         families[family].iterations);
     for (const Candidate& other : candidates[family]) {
       const std::size_t j = indexOf(kind, other.place);
       const bool isSame = j < kind.places.size() && rows.numbers()[j] == number;
@@ -189,13 +199,14 @@ class RoleFinder {
     return hash;
   }
 
-  void step(Candidate& candidate, Digits number, std::uint64_t group) {
+  void step(Candidate& candidate, Digits number, std::uint64_t group, std::int64_t iterations) {
     const std::int64_t value = valueOf(number);
     const auto [last, isNew] = lastValues.try_emplace(group, value);
     if (isNew) return;
     ++candidate.steps;
-    if (value <= last->second && value != 0) ++candidate.breaks;
-    if (value == 0 && last->second == 0) ++candidate.breaks;
+    // From the last one on it begins again: in a later run.
+    const bool goesOn = value > last->second || (value == 0 && last->second == iterations - 1);
+    if (!goesOn) ++candidate.breaks;
     last->second = value;
   }
 
@@ -224,6 +235,7 @@ class RoleFinder {
   }
 
   const RowStore& store;
+  const KnownTexts& texts;
   std::vector<KindNumbers> numbers;
   NumberRoles roles;
   std::vector<KindFamily> families;
@@ -234,6 +246,8 @@ class RoleFinder {
 
 }  // namespace
 
-NumberRoles rolesOf(const RowStore& store) { return RoleFinder(store).find(); }
+NumberRoles rolesOf(const RowStore& store, const KnownTexts& texts) {
+  return RoleFinder(store, texts).find();
+}
 
 }  // namespace marrowbench::ctl

@@ -21,10 +21,15 @@ enum class NumberRole : std::uint8_t {
 /// For each kind of a store the roles of the numbers in its source and its destination.
 using NumberRoles = std::vector<std::vector<NumberRole>>;
 
+/// For each kind of a store: which numbers of its source and destination are known to be text.
+using KnownTexts = std::vector<std::vector<bool>>;
+
 /// Finds them out. Kinds whose paths are built alike have the iteration at the same places. Counts
-/// as iteration what stays below the number of iterations of the test and rises from row to row
-/// where all other numbers are the same, or takes each value up to that number.
-[[nodiscard]] NumberRoles rolesOf(const RowStore& store);
+/// as iteration what begins at 0, stays below the number of iterations of the test and rises from
+/// row to row where all other numbers are the same, or goes up to that number.
+///
+/// @param texts  numbers that are no iteration; empty: nothing is known
+[[nodiscard]] NumberRoles rolesOf(const RowStore& store, const KnownTexts& texts = {});
 
 /// Where tokens of a path end.
 inline constexpr std::string_view kTokenEnds = "/_.";

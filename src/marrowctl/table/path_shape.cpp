@@ -60,6 +60,20 @@ std::string filledShape(std::string_view shape, const Digits*& numbers) {
   return text;
 }
 
+void appendSpans(std::string_view shape, const Digits*& numbers,
+                 std::vector<std::pair<std::size_t, std::size_t>>& spans) {
+  std::size_t at = 0;
+  for (const char c : shape) {
+    if (c != kNumberMark) {
+      ++at;
+      continue;
+    }
+    const std::size_t length = textOf(*numbers++).size();
+    spans.emplace_back(at, length);
+    at += length;
+  }
+}
+
 std::size_t marksIn(std::string_view shape) {
   return static_cast<std::size_t>(std::count(shape.begin(), shape.end(), kNumberMark));
 }

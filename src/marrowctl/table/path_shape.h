@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /// Millions of rows have different paths, but few of them differ in more than their numbers. A text
@@ -37,6 +38,12 @@ using Digits = std::uint64_t;
 
 /// The text of a shape. @param numbers  as many as there are marks; moved behind those that it took
 [[nodiscard]] std::string filledShape(std::string_view shape, const Digits*& numbers);
+
+/// Where numbers of a shape stand in its text: position and length of each.
+///
+/// @param numbers  as for filledShape()
+void appendSpans(std::string_view shape, const Digits*& numbers,
+                 std::vector<std::pair<std::size_t, std::size_t>>& spans);
 
 [[nodiscard]] std::size_t marksIn(std::string_view shape);
 

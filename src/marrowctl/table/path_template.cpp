@@ -24,6 +24,7 @@ constexpr Placeholder kPlaceholders[] = {{"[host]", kHost},
                                          {"[temp]", kAnything},
                                          {"[cfgPath]", kAnything}};
 
+constexpr std::string_view kMemory = "MEMORY";
 constexpr std::string_view kShownIteration = "[iter]";
 constexpr std::string_view kShownDate = "[date]";
 
@@ -138,7 +139,7 @@ PathTemplate::PathTemplate(const PlannedFile& file, const PlannedTest& test,
 
 std::optional<TemplateMatch> PathTemplate::match(std::string_view path) const {
   if (marked.empty()) {
-    return path == "MEMORY" ? std::optional<TemplateMatch>(TemplateMatch{}) : std::nullopt;
+    return path == kMemory ? std::optional<TemplateMatch>(TemplateMatch{}) : std::nullopt;
   }
   return Matcher(marked, path).run();
 }
@@ -146,6 +147,25 @@ std::optional<TemplateMatch> PathTemplate::match(std::string_view path) const {
 std::optional<TemplateMatch> PathTemplate::matchName(std::string_view path) const {
   const std::string_view name = nameOfPath(marked);
   return Matcher(name.starts_with(kAnything) ? name.substr(1) : name, nameOfPath(path)).run();
+}
+
+// Values that are known are filled in: a name and a number that stand side by side can be told
+// apart only so.
+bool PathTemplate::isPathOf(std::string_view host, std::int32_t iteration,
+                            std::string_view path) const {
+  if (marked.empty()) return path == kMemory;
+  const std::string number = std::to_string(iteration);
+  std::string filled;
+  for (const char c : marked) {
+    if (c == kHost) {
+      filled += host;
+    } else if (c == kIteration) {
+      filled += number;
+    } else {
+      filled += c;
+    }
+  }
+  return Matcher(filled, path).run().has_value();
 }
 
 bool PathTemplate::hasHost() const { return marked.find(kHost) != std::string::npos; }
@@ -156,7 +176,7 @@ std::size_t PathTemplate::literals() const {
 }
 
 std::string PathTemplate::shown() const {
-  if (marked.empty()) return "MEMORY";
+  if (marked.empty()) return std::string(kMemory);
   std::string text;
   for (const char c : marked) {
     if (c == kHost) {

@@ -2,6 +2,7 @@
 #define MARROWBENCH_MARROWCTL_TABLE_PATH_TEMPLATE_H
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -37,6 +38,12 @@ class PathTemplate {
 
   /// The same for the names of the files alone.
   [[nodiscard]] std::optional<TemplateMatch> matchName(std::string_view path) const;
+
+  /// True for the path of this client and this iteration.
+  ///
+  /// @param iteration  from 0
+  [[nodiscard]] bool isPathOf(std::string_view host, std::int32_t iteration,
+                              std::string_view path) const;
 
   [[nodiscard]] bool hasHost() const;
 

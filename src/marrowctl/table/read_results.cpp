@@ -29,10 +29,14 @@ std::string readFiles(const ReadOptions& options, ResultSet& set) {
   if (!names.problem.empty()) return names.problem;
   TableReader::Progress progress;
   if (options.progress) {
-    progress = [&options, all = bytesOf(names.files), done = std::uint64_t{0}](
-                   std::uint64_t more) mutable { options.progress(done += more, all); };
+    ReadProgress far{0, bytesOf(names.files), 0, names.files.size()};
+    progress = [&options, &set, far](std::uint64_t more) mutable {
+      far.bytes += more;
+      far.table = set.files.size();
+      options.progress(far);
+    };
   }
-  TableReader reader(set, progress);
+  TableReader reader(set, progress, options.choice);
   for (const std::string& file : names.files) {
     std::string problem = reader.read(file);
     if (!problem.empty()) return problem;
@@ -46,14 +50,24 @@ std::string readFiles(const ReadOptions& options, ResultSet& set) {
 }
 
 void takeHostsFrom(const ReadOptions& options, ResultSet& set, std::vector<Site>& sites) {
+  if (!options.onlyHost.empty()) {
+    for (Site& site : sites) site.host = options.onlyHost;
+    return;
+  }
   if (!options.hostPattern.empty())
     return takeHostsByPattern(options.hostPattern, set.files, sites);
   if (!options.hosts.empty()) return takeHostsByList(options.hosts, set.files, sites);
   takeHostsByTokens(set.files, set.store, sites);
 }
 
+// What belongs to the names of clients, where they are told.
+KnownTexts knownTexts(const ReadOptions& options, const RowStore& store) {
+  if (!options.hostPattern.empty()) return numbersInPattern(options.hostPattern, store);
+  return options.hosts.empty() ? KnownTexts() : numbersInList(options.hosts, store);
+}
+
 void assign(const ReadOptions& options, ResultSet& set) {
-  NumberRoles roles = rolesOf(set.store);
+  NumberRoles roles = rolesOf(set.store, knownTexts(options, set.store));
   if (options.plan == nullptr) {
     std::vector<Site> sites = takeSites(set.store, roles);
     takeHostsFrom(options, set, sites);
@@ -68,7 +82,7 @@ void assign(const ReadOptions& options, ResultSet& set) {
   // What the templates do not tell.
   takeHostsFrom(options, set, named);
   for (std::size_t i = 0; i < sites.size(); ++i) {
-    if (sites[i].host.empty()) sites[i].host = named[i].host;
+    if (sites[i].host.empty() || !options.onlyHost.empty()) sites[i].host = named[i].host;
     if (lines[i] == kNone) sites[i] = named[i];
   }
   assignBySettings(set, sites, settings, lines, options);

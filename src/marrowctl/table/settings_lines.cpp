@@ -11,6 +11,21 @@ namespace {
 constexpr std::size_t kTableField = 12;
 constexpr std::int64_t kKib = 1024;
 
+void setRolesOf(const TemplateMatch& match,
+                const std::vector<std::pair<std::size_t, std::size_t>>& spans, NumberRole* roles) {
+  for (std::size_t i = 0; i < spans.size(); ++i) {
+    roles[i] = NumberRole::text;
+    for (const auto& iteration : match.iterations) {
+      if (iteration == spans[i]) roles[i] = NumberRole::iteration;
+    }
+    for (const auto& [at, length] : match.dates) {
+      if (spans[i].first >= at && spans[i].first < at + length) roles[i] = NumberRole::date;
+    }
+  }
+}
+
+}  // namespace
+
 Parameters parametersOf(const PlannedTest& test) {
   const ParameterBlock& used = test.used;
   Parameters p;
@@ -31,36 +46,6 @@ bool writesRows(const PlannedLine& line) {
   return line.kind == LineKind::test && line.test.isRun && line.test.iterations > 0 &&
          !line.fields[kTableField].text.empty();
 }
-
-// Where each number of a shape stands in the text.
-void appendSpans(std::string_view shape, const Digits*& numbers,
-                 std::vector<std::pair<std::size_t, std::size_t>>& spans) {
-  std::size_t at = 0;
-  for (const char c : shape) {
-    if (c != kNumberMark) {
-      ++at;
-      continue;
-    }
-    const std::size_t length = textOf(*numbers++).size();
-    spans.emplace_back(at, length);
-    at += length;
-  }
-}
-
-void setRolesOf(const TemplateMatch& match,
-                const std::vector<std::pair<std::size_t, std::size_t>>& spans, NumberRole* roles) {
-  for (std::size_t i = 0; i < spans.size(); ++i) {
-    roles[i] = NumberRole::text;
-    for (const auto& iteration : match.iterations) {
-      if (iteration == spans[i]) roles[i] = NumberRole::iteration;
-    }
-    for (const auto& [at, length] : match.dates) {
-      if (spans[i].first >= at && spans[i].first < at + length) roles[i] = NumberRole::date;
-    }
-  }
-}
-
-}  // namespace
 
 SettingsTests::SettingsTests(const Plan& plan) {
   for (const PlannedFile& file : plan.files) {

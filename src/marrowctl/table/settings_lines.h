@@ -13,6 +13,12 @@
 
 namespace marrowbench::ctl {
 
+/// What the rows of a test say about it.
+[[nodiscard]] Parameters parametersOf(const PlannedTest& test);
+
+/// True for a test line whose iterations each append a row to a table.
+[[nodiscard]] bool writesRows(const PlannedLine& line);
+
 /// The lines of settings files that write rows, as tests, and where rows of theirs are.
 class SettingsTests {
  public:

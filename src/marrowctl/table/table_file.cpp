@@ -68,7 +68,8 @@ std::string TableReader::readOpen(int fileDescriptor, const std::string& path,
   const std::uint64_t first = set.store.size();
   set.files.push_back({path, changed, 0, path != "-" && exists(path + "_lock.txt")});
   lineBefore = 0;
-  hasLines = hasHeader = false;
+  hasLines = hasOtherRows = hasHeader = false;
+  skipped = choice ? choice->skippedBytes(path) : 0;
   std::string problem;
   if (!takeLines(fileDescriptor, problem)) return path + ": " + problem;
   set.files.back().rows = set.store.size() - first;
@@ -77,25 +78,47 @@ std::string TableReader::readOpen(int fileDescriptor, const std::string& path,
   return {};
 }
 
+void TableReader::takeLine(const TextLine& line, RowCells& cells) {
+  if (line.begin + line.text.size() <= skipped) {
+    hasOtherRows = true;
+    return;
+  }
+  const LineContent content = rows.read(line, cells);
+  if (content == LineContent::nothing) {
+    hasHeader = hasHeader || isHeaderLine(line.text);
+    return;
+  }
+  hasLines = true;
+  const bool isRow = content == LineContent::row;
+  if (choice && !choice->takes(set.files.back().path, isRow ? &cells : nullptr)) {
+    hasOtherRows = hasOtherRows || isRow;
+  } else if (isRow) {
+    takeRow(line, cells);
+  } else {
+    refuse(line, rows.reason());
+  }
+}
+
+bool TableReader::isTable(std::uint64_t rowsBefore) const {
+  return hasHeader || hasOtherRows || set.store.size() > rowsBefore;
+}
+
 bool TableReader::takeLines(int fileDescriptor, std::string& problem) {
   LineReader lines(fileDescriptor);
   const std::uint64_t before = set.store.size();
   std::uint64_t told = 0;
   RowCells cells;
   for (TextLine line; lines.next(line);) {
-    const LineContent content = rows.read(line, cells);
-    if (content == LineContent::row) takeRow(line, cells);
-    if (content == LineContent::unusable) refuse(line, rows.reason());
-    if (content == LineContent::nothing) hasHeader = hasHeader || isHeaderLine(line.text);
+    takeLine(line, cells);
     if (progress && lines.bytesRead() != told) {
       progress(lines.bytesRead() - told);
       told = lines.bytesRead();
     }
-    if (line.number == kPatience && set.store.size() == before && !hasHeader) break;
+    if (line.number == kPatience && !isTable(before)) break;
   }
   if (lines.failure() != 0) problem = std::strerror(lines.failure());
-  const bool isTable = set.store.size() > before || hasHeader || !hasLines;
-  if (!isTable) problem = "this is no results table of marrowbench: no header and no row is in it";
+  if (hasLines && !isTable(before))
+    problem = "this is no results table of marrowbench: no header and no row is in it";
   return problem.empty();
 }
 
@@ -170,11 +193,9 @@ void TableReader::addRow(const TextLine& line, const RowCells& cells, std::uint3
   set.store.add(row, line.number - lineBefore, numbers);
   if (isWide || cells.nullPosition > 0) set.store.setWide({cells.nullPosition, cells.percent});
   lineBefore = line.number;
-  hasLines = true;
 }
 
 void TableReader::refuse(const TextLine& line, std::string reason) {
-  hasLines = true;
   const auto file = static_cast<std::uint32_t>(set.files.size() - 1);
   set.unusable.push_back({file, line.number, std::move(reason)});
 }

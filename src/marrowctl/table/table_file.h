@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,14 @@
 
 namespace marrowbench::ctl {
 
+/// Which lines of tables count.
+struct LineChoice {
+  /// Bytes at the front of a table that do not.
+  std::function<std::uint64_t(const std::string& table)> skippedBytes;
+  /// Whether a line behind them does. @param cells  null: it is a row that can't be used
+  std::function<bool(const std::string& table, const RowCells* cells)> takes;
+};
+
 /// Puts the rows of tables into a set, one file after the other: their cells and times, but not yet
 /// whose they are.
 class TableReader {
@@ -18,8 +27,10 @@ class TableReader {
   /// Called with the bytes of a file that were read since the last call.
   using Progress = std::function<void(std::uint64_t)>;
 
-  TableReader(ResultSet& resultSet, Progress progressCall)
-      : set(resultSet), progress(std::move(progressCall)) {}
+  /// @param lineChoice  nothing: all lines count
+  TableReader(ResultSet& resultSet, Progress progressCall,
+              std::optional<LineChoice> lineChoice = std::nullopt)
+      : set(resultSet), progress(std::move(progressCall)), choice(std::move(lineChoice)) {}
 
   /// Reads a table; "-" is the standard input.
   ///
@@ -31,7 +42,9 @@ class TableReader {
                                      std::int64_t changed);
 
  private:
+  void takeLine(const TextLine& line, RowCells& cells);
   bool takeLines(int fileDescriptor, std::string& problem);
+  [[nodiscard]] bool isTable(std::uint64_t rowsBefore) const;
   void takeRow(const TextLine& line, const RowCells& cells);
   void addRow(const TextLine& line, const RowCells& cells, std::uint32_t kind);
   void refuse(const TextLine& line, std::string reason);
@@ -41,9 +54,12 @@ class TableReader {
 
   ResultSet& set;
   Progress progress;
+  const std::optional<LineChoice> choice;
   RowReader rows;
   std::uint64_t lineBefore = 0;  // of the last row of the file
+  std::uint64_t skipped = 0;     // bytes at the front of the file that do not count
   bool hasLines = false;         // other than headers and blank ones
+  bool hasOtherRows = false;     // that do not count
   bool hasHeader = false;
   // Of the row at hand; kept to save their memory.
   std::string key;

@@ -336,6 +336,14 @@ TEST_F(TotalsOf, EachTestMovesWhatTheFirstClientDoes) {
             (std::vector<std::int64_t>{30 * kKiB, 20 * kKiB, 6, kUnknownSize, 0}));
 }
 
+TEST_F(TotalsOf, EachTestPausesAsTheFirstClientDoes) {
+  hosts = {"c1", "c2"};
+  const Totals sums = totals(
+      "Posix;0;0;5;1;0;2;3;0;MEMORY;d/[host]\nSystem;0;0;5;1;0;2;3;0;MEMORY;e\n"
+      "Posix;0;0;7;1;0;0;2;0;d/[host];MEMORY\n");
+  EXPECT_EQ(sums.pauseMsByTest, (std::vector<std::int64_t>{30, 0, 28}));
+}
+
 TEST_F(TotalsOf, OfFilesPartlyKnownNoSumIsMoved) {
   writeFile("x0", "abc");
   writeFile("x2", "abc");
