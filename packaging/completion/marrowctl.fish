@@ -29,6 +29,7 @@ set -l findings unknown-allow unknown-method bad-number empty-field line-too-lon
 complete -c marrowctl -f
 complete -c marrowctl -n __marrowctl_has_none -a check -d 'say what settings files will do, and what is wrong'
 complete -c marrowctl -n __marrowctl_has_none -a sweep -d 'write settings files from a matrix'
+complete -c marrowctl -n __marrowctl_has_none -a run -d 'check a settings file, run it here, and judge what came of it'
 complete -c marrowctl -n __marrowctl_has_none -a report -d 'say what results tables hold'
 complete -c marrowctl -n __marrowctl_has_none -a compare -d 'say which tests of two runs became faster or slower'
 complete -c marrowctl -s h -l help -d 'show help'
@@ -61,6 +62,14 @@ complete -c marrowctl -n '__marrowctl_has_command sweep' -l neighbour -rF -d 'cl
 complete -c marrowctl -n '__marrowctl_has_command sweep' -l output -x -a '(__marrowctl_settings_files)' -d 'settings file to be written'
 complete -c marrowctl -n '__marrowctl_has_command sweep' -l force -d 'overwrite what is there'
 
+complete -c marrowctl -n '__marrowctl_has_command run' -l strict -d 'warnings stop it, too'
+complete -c marrowctl -n '__marrowctl_has_command run' -l marrowbench -rF -d 'the program that measures'
+complete -c marrowctl -n '__marrowctl_has_command run' -a '(__marrowctl_settings_files)'
+
+for command in run report compare
+    complete -c marrowctl -n "__marrowctl_has_command $command" -l html -rF -d 'write a page with charts'
+    complete -c marrowctl -n "__marrowctl_has_command $command" -l force -d 'overwrite the page'
+end
 for command in report compare
     set -l chosen "__marrowctl_has_command $command"
     complete -c marrowctl -n $chosen -l settings -x -a '(__marrowctl_settings_files)' -d 'settings file that was run'
@@ -68,8 +77,6 @@ for command in report compare
     complete -c marrowctl -n $chosen -l host-pattern -x -d 'where names of clients stand'
     complete -c marrowctl -n $chosen -l gap -x -d 'minutes after which a new run begins'
     complete -c marrowctl -n $chosen -l all-runs -d 'take all runs together'
-    complete -c marrowctl -n $chosen -l html -rF -d 'write a page with charts'
-    complete -c marrowctl -n $chosen -l force -d 'overwrite the page'
     complete -c marrowctl -n $chosen -l json -d 'one JSON document'
     complete -c marrowctl -n $chosen -a '(__marrowctl_tables)'
 end

@@ -24,8 +24,9 @@ ROOMS = {
     "sweep": {"plan", "check"},
     "table": {"plan"},
     "report": {"table", "plan"},
+    "run": {"plan", "table"},
     "fleet": {"plan", "check", "table", "report"},
-    "main": {"support", "plan", "check", "sweep", "table", "report", "fleet"},
+    "main": {"support", "plan", "check", "sweep", "table", "report", "run", "fleet"},
 }
 
 # Libraries of marrowctl, and the files that may include what is slow to compile.
@@ -137,8 +138,8 @@ def system_headers(path):
 
 
 def foreign_headers():
-    known = {"cpuid.h", "fcntl.h", "glob.h", "unistd.h", "immintrin.h", "sys/ioctl.h", "sys/mman.h", "sys/stat.h",
-             "sys/statvfs.h", "sys/time.h", "sys/types.h"}
+    known = {"cpuid.h", "fcntl.h", "glob.h", "unistd.h", "immintrin.h", "spawn.h", "sys/ioctl.h", "sys/mman.h",
+             "sys/stat.h", "sys/statvfs.h", "sys/time.h", "sys/types.h", "sys/wait.h"}
     return [(name_of(path), header) for path in files() for header in system_headers(path)
             if header not in known]
 

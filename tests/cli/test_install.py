@@ -37,7 +37,7 @@ def test_every_file_has_its_usual_place(installed):
         *(f"share/doc/marrowbench/schemas/{name}.schema.json"
           for name in ("check", "compare", "report")),
         "share/man/man1/marrowctl.1",
-        *(f"share/man/man1/marrowctl-{name}.1" for name in ("check", "compare", "report", "sweep")),
+        *(f"share/man/man1/marrowctl-{name}.1" for name in ("check", "compare", "report", "run", "sweep")),
         "share/bash-completion/completions/marrowctl",
         "share/zsh/site-functions/_marrowctl",
         "share/fish/vendor_completions.d/marrowctl.fish",

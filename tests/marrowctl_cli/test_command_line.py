@@ -10,7 +10,7 @@ from conftest import COMMAND, ROOT
 from tables import perfect_fleet, write
 
 VERSION = re.search(r"^project\(.* VERSION ([\d.]+)", (ROOT / "CMakeLists.txt").read_text(), re.M)[1]
-LEVELS = [[], ["check"], ["sweep"], ["report"], ["compare"]]
+LEVELS = [[], ["check"], ["sweep"], ["run"], ["report"], ["compare"]]
 
 
 @pytest.mark.parametrize("level", LEVELS)
@@ -71,6 +71,8 @@ MOST = "no number from 1 to 1000000000"
     ("check --json --format gcc a.bst", "marrowctl check: --json excludes --format"),
     ("check --hosts c[3-1] a.bst", "marrowctl check: --hosts: [3-1] is no range of numbers"),
     ("check --explain no-logs", "marrowctl check: no finding is called no-logs; did you mean no-log?"),
+    ("run", "marrowctl run: name a settings file"),
+    ("run --stric a.bst", "marrowctl run: unknown option --stric; did you mean --strict?"),
     ("report", "marrowctl report: name a results table"),
     ("report a.bst", "marrowctl report: name a results table"),
     ("report --tydi a.csv", "marrowctl report: unknown option --tydi; did you mean --tidy?"),

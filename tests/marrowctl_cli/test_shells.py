@@ -10,7 +10,7 @@ from shells import COMPLETION, SHELLS, TYPED, needs, offered, offered_by_fish, t
 LETTERS = dict(re.findall(r"^\.It Cm ([a-z-]+) Pq ([EWN])$",
                           (ROOT / "docs/man/marrowctl-check.1").read_text(), re.M))
 FINDINGS = set(LETTERS)
-COMMANDS = ["check", "sweep", "report", "compare"]
+COMMANDS = ["check", "sweep", "run", "report", "compare"]
 SCRIPTS = {"bash": COMPLETION / "marrowctl", "zsh": COMPLETION / "_marrowctl",
            "fish": COMPLETION / "marrowctl.fish"}
 
@@ -84,8 +84,9 @@ def test_fish_offers_options(ctl, folder, command):
 
 
 @pytest.mark.parametrize("shell", SHELLS)
-def test_settings_files_and_folders_are_offered(folder, shell):
-    assert offered(shell, folder, "marrowctl check ") == {"run.bst", "Run2.BST", "sub"}
+@pytest.mark.parametrize("command", ["check", "run"])
+def test_settings_files_and_folders_are_offered(folder, shell, command):
+    assert offered(shell, folder, f"marrowctl {command} ") == {"run.bst", "Run2.BST", "sub"}
 
 
 @pytest.mark.parametrize("shell", SHELLS)
@@ -109,6 +110,9 @@ def test_names_of_findings_are_offered(folder, shell):
     ("sweep --kin\tre\t", ["sweep", "--kind", "read"]),
     ("sweep --out\tru\t", ["sweep", "--output", "run.bst"]),
     ("check -- ru\t", ["check", "--", "run.bst"]),
+    ("run ru\t", ["run", "run.bst"]),
+    ("run -- ru\t", ["run", "--", "run.bst"]),
+    ("run --marrowb\tsub/de\t", ["run", "--marrowbench", "sub/deep.bst"]),
 ])
 def test_keys_complete_to_these_arguments(folder, shell, keys, arguments):
     needs(shell)

@@ -141,6 +141,8 @@ namespace {
 constexpr std::array kSubcommands = {
     Subcommand{"check", "Say what settings files will do, and what is wrong with them", readCheck},
     Subcommand{"sweep", "Write settings files that hold every combination of values", readSweep},
+    Subcommand{"run", "Check a settings file, run it here with progress, and judge what came of it",
+               readRun},
     Subcommand{"report", "Say what results tables hold: a verdict, figures, clean data",
                readReport},
     Subcommand{"compare", "Say which tests of two runs became faster or slower", readCompare},

@@ -34,6 +34,20 @@ struct SweepCommand {
   bool overwrites = false;
 };
 
+/// The page that is written besides.
+struct PageOptions {
+  std::string file;         ///< that is to be written; empty: none
+  bool overwrites = false;  ///< it may be there already
+};
+
+/// The options of "marrowctl run".
+struct RunCommand {
+  std::string file;
+  bool isStrict = false;
+  std::string program;  ///< that measures; empty: it is looked for
+  PageOptions page;
+};
+
 enum class ReportFormat { text, json, tidy };
 
 /// Where rows are, and whose: what "report" and "compare" share.
@@ -43,12 +57,6 @@ struct TableOptions {
   std::string hostPattern;             ///< empty: none
   std::int64_t gapMinutes = 30;
   bool allRuns = false;
-};
-
-/// The page that "report" and "compare" write besides.
-struct PageOptions {
-  std::string file;         ///< that is to be written; empty: none
-  bool overwrites = false;  ///< it may be there already
 };
 
 /// The options of "marrowctl report".
@@ -72,7 +80,8 @@ struct CompareCommand {
 };
 
 /// An Outcome when there is nothing left to do: help, the version, or what is wrong with the usage.
-using Command = std::variant<Outcome, CheckCommand, SweepCommand, ReportCommand, CompareCommand>;
+using Command =
+    std::variant<Outcome, CheckCommand, SweepCommand, RunCommand, ReportCommand, CompareCommand>;
 
 /// What the arguments behind the program's name ask for.
 [[nodiscard]] Command readCommandLine(std::span<char* const> arguments);

@@ -14,9 +14,10 @@
 namespace marrowbench::ctl {
 namespace {
 
-Outcome run(const Command& command) {
+Outcome run(const Command& command, const std::string& ownPath) {
   if (const auto* const check = std::get_if<CheckCommand>(&command)) return runCheck(*check);
   if (const auto* const sweep = std::get_if<SweepCommand>(&command)) return runSweep(*sweep);
+  if (const auto* const here = std::get_if<RunCommand>(&command)) return runRun(*here, ownPath);
   if (const auto* const report = std::get_if<ReportCommand>(&command)) return runReport(*report);
   if (const auto* const compare = std::get_if<CompareCommand>(&command))
     return runCompare(*compare);
@@ -41,7 +42,8 @@ int print(const Outcome& outcome) {
 }  // namespace
 
 static int runProgram(std::span<char* const> arguments) {
-  return print(run(readCommandLine(arguments.subspan(arguments.empty() ? 0 : 1))));
+  if (arguments.empty()) return print(run(readCommandLine({}), ""));
+  return print(run(readCommandLine(arguments.subspan(1)), arguments.front()));
 }
 
 }  // namespace marrowbench::ctl

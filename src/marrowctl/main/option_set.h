@@ -66,6 +66,7 @@ class OptionSet {
 /// Each subcommand's options, in a file of its own.
 [[nodiscard]] Command readCheck(const Subcommand& self, Arguments arguments);
 [[nodiscard]] Command readSweep(const Subcommand& self, Arguments arguments);
+[[nodiscard]] Command readRun(const Subcommand& self, Arguments arguments);
 [[nodiscard]] Command readReport(const Subcommand& self, Arguments arguments);
 [[nodiscard]] Command readCompare(const Subcommand& self, Arguments arguments);
 

@@ -13,10 +13,15 @@ void addPageOptions(OptionSet& options, PageOptions& values) {
 }
 
 std::optional<Outcome> refusedPage(const std::string& subcommand, const PageOptions& values) {
-  if (values.file.empty() || canMakePages()) return std::nullopt;
-  return impossible(subcommand,
-                    "--html: this program was built without the library of its charts "
-                    "(MARROWBENCH_CHARTS)");
+  if (values.file.empty()) return std::nullopt;
+  if (!canMakePages()) {
+    return impossible(subcommand,
+                      "--html: this program was built without the library of its charts "
+                      "(MARROWBENCH_CHARTS)");
+  }
+  const std::string problem = problemWith({{values.file, ""}}, values.overwrites);
+  if (!problem.empty()) return impossible(subcommand, problem);
+  return std::nullopt;
 }
 
 Outcome withPage(const std::string& subcommand, const PageOptions& values, std::string page,

@@ -9,7 +9,7 @@
 #include "marrowctl/main/command_line.h"
 #include "marrowctl/main/option_set.h"
 
-/// What "report" and "compare" share: the page that they write besides.
+/// What "run", "report" and "compare" share: the page that they write besides.
 namespace marrowbench::ctl {
 
 /// Who makes pages.
@@ -18,8 +18,8 @@ inline constexpr std::string_view kPageMaker = "marrowctl " MARROWCTL_VERSION;
 /// Declares --html and --force.
 void addPageOptions(OptionSet& options, PageOptions& values);
 
-/// Why no page can be made, for example because this build has no charts; nothing when none is
-/// asked for or it can.
+/// Why no page can be made, as far as that can be known before there is one: this build has no
+/// charts, the file exists already. Nothing when none is asked for or it can.
 [[nodiscard]] std::optional<Outcome> refusedPage(const std::string& subcommand,
                                                  const PageOptions& values);
 
