@@ -1,8 +1,6 @@
-"""What marrowctl costs: the time until it answers, and the memory that tables take."""
+"""What marrowctl costs: the time until it answers, and that of a check."""
 
 import os
-import random
-import time
 
 from programs import wall_ms
 from samples import Figure, at_most
@@ -10,18 +8,18 @@ from samples import Figure, at_most
 TESTS_OF_A_FILE = 200
 
 
-def processor_seconds(*command):
-    """The processor time of a program that may find something: its status is 0 or 1."""
-    return processor_and_memory(*command)[0]
+def processor_seconds(*command, statuses=(0, 1)):
+    """The processor time of a program. With status 1 marrowctl has found something."""
+    return processor_and_memory(*command, statuses=statuses)[0]
 
 
-def processor_and_memory(*command):
+def processor_and_memory(*command, statuses=(0, 1)):
     """The same, and the most memory that it had at once, in MB."""
     nowhere = [(os.POSIX_SPAWN_OPEN, 1, os.devnull, os.O_WRONLY, 0)]
     process = os.posix_spawn(command[0], [str(part) for part in command], os.environ,
                              file_actions=nowhere)
     _, status, used = os.wait4(process, 0)
-    if os.waitstatus_to_exitcode(status) not in (0, 1):
+    if os.waitstatus_to_exitcode(status) not in statuses:
         raise RuntimeError(f"{command[0]} ended with wait status {status}")
     return used.ru_utime + used.ru_stime, used.ru_maxrss * 1024 / 1e6
 
@@ -85,49 +83,4 @@ def companion_check(bench):
             figures.append(figure)
         for path in paths:
             path.unlink()
-    return figures
-
-
-HEADER = ("Date,Method,Type,Flush,PreAllocate,Chunk Wait,Chunk Size,Chunk Size KiB,System Buffer,"
-          "Filesize KiB,Iterations,Empty SystemCache Mode,Source,Source IP,Dest,Dest IP,Error,Zero test,"
-          "Time ms,Time KiB/s,Copy Speed %,NICa,NICa IP,NICa speed MiB/s,NICa MTU,NICb,NICb IP,"
-          "NICb speed MiB/s,NICb MTU,NICc,NICc IP,NICc speed MiB/s,NICc MTU,\n")
-CLIENTS = 100
-ITERATIONS = 100
-FOLDER = "/mnt/projects/" + "a_folder_that_is_named_at_length/" * 2
-
-
-def write_table(path, rows):
-    """A table of rows of about 300 bytes: copies of 100 clients that run together."""
-    noise = random.Random(1)
-    begin = time.time() - 2 * rows / CLIENTS
-    with open(path, "w", encoding="ascii") as file:
-        file.write(HEADER)
-        for number in range(rows):
-            step, client = divmod(number, CLIENTS)
-            line, iteration = divmod(step, ITERATIONS)
-            date = time.strftime("%b %d. %H:%M.%S", time.localtime(begin + 2 * step))
-            name = f"data_client{client:03}/file_{line}_{iteration}.bin"
-            ms = noise.randint(1000, 1900)
-            file.write(f"{date},{('Posix', 'Stream', 'AnsiC')[line % 3]},Copy,,,0,{4096 << line % 9},"
-                       f"{4 << line % 9},0,0,{ITERATIONS},0,{FOLDER}in/{name},,{FOLDER}out/{name},,,0,{ms},"
-                       f"{262144000 // ms},100,,,,,,,,,,,,,\n\n")
-
-
-def companion_report(bench):
-    program, scale = bench.companion, bench.scale
-    if not program.exists():
-        return [Figure("marrowctl report", at_most(0.8, "s"), skipped="marrowctl is not built")]
-    figures = []
-    for rows, limit, memory in zip(scale.reported_rows, (0.8, 8), (100, 500)):
-        path = bench.folder / "rows.csv"
-        write_table(path, rows)
-        name = f"marrowctl report, {rows:,} rows"
-        used = [processor_and_memory(program, "report", path) for _ in range(min(scale.rounds, 3))]
-        figures += [Figure(f"{name}, processor time", at_most(limit, "s"), [each[0] for each in used], "s"),
-                    Figure(f"{name}, memory", at_most(memory, "MB"), [each[1] for each in used], "MB")]
-        if rows == scale.reported_rows[0]:
-            tidy = [processor_seconds(program, "report", "--tidy", path) for _ in range(min(scale.rounds, 3))]
-            figures.append(Figure(f"{name}, --tidy, processor time", at_most(3, "s"), tidy, "s"))
-        path.unlink()
     return figures

@@ -4,7 +4,8 @@ import shutil
 import statistics
 from dataclasses import dataclass
 
-from companion import companion_check, companion_report, companion_start
+from companion import companion_check, companion_start
+from companion_tables import companion_many_tables, companion_report
 from programs import (GIB, KIB, MIB, Marrowbench, Unavailable, bare_loop_pairs, dd_ms, fio_ms,
                       in_process, line, peak_kib, reported_times, tool, wall_ms)
 from samples import NO_TARGET, Figure, alternate, at_least, at_most, ratios
@@ -27,14 +28,15 @@ class Scale:
     checked_lines: int     # lines that marrowctl checks for one client
     checked_hosts: int     # clients that it checks 200 lines for
     reported_rows: tuple   # rows of the tables that it judges
+    tables_of_fleet: int   # small tables that it judges together
 
 
 FULL = Scale(rounds=15, times=5, file=256 * MIB, large=GIB, fill=GIB, starts=100, iterations=1000,
              tables=(KIB, 100 * MIB, GIB), checked_lines=10000, checked_hosts=500,
-             reported_rows=(1_000_000, 10_000_000))
+             reported_rows=(1_000_000, 10_000_000), tables_of_fleet=10_000)
 SMOKE = Scale(rounds=2, times=2, file=8 * MIB, large=8 * MIB, fill=64 * KIB, starts=2, iterations=10,
               tables=(KIB, MIB), checked_lines=400, checked_hosts=5,
-              reported_rows=(10_000,))
+              reported_rows=(10_000,), tables_of_fleet=10)
 
 
 class Bench:
@@ -308,4 +310,4 @@ def over_table_size(bench):
 
 GROUPS = (fill, first_read, against_bare_loop, against_fio, one_block, against_dd, loop_cost,
           start_to_exit, peak_memory, outside_the_span, over_lines, over_table_size, companion_start,
-          companion_check, companion_report)
+          companion_check, companion_report, companion_many_tables)
