@@ -33,7 +33,8 @@ class Ctl:
     def run(self, *arguments, **options):
         if "stdout" not in options:
             options["stdout"] = subprocess.PIPE
-        return subprocess.run([*COMMAND, *map(str, arguments)], cwd=self.folder, timeout=60, text=True,
+        # A million rows take sanitizers minutes.
+        return subprocess.run([*COMMAND, *map(str, arguments)], cwd=self.folder, timeout=600, text=True,
                               stderr=subprocess.PIPE, **options)
 
     def write(self, name, text):
