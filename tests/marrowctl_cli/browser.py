@@ -40,7 +40,7 @@ class Browser:
              "--disable-renderer-backgrounding", "--disable-backgrounding-occluded-windows", "--force-color-profile=srgb",
              "--no-first-run", f"--user-data-dir={self.home.name}/profile", "about:blank"],
             # The browser reads commands from descriptor 3 and writes to 4.
-            preexec_fn=lambda: place(to_browser, from_browser), close_fds=False, start_new_session=True,
+            preexec_fn=lambda: place(to_browser, from_browser), close_fds=False,
             stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
             # Whatever it writes lies in one folder: it is not tidy with temporary files.
             env={**os.environ, "TZ": "UTC", "HOME": self.home.name, "TMPDIR": self.home.name})
@@ -65,6 +65,12 @@ class Browser:
         # Times of the processor, not of the clock: other programs may be busy too.
         self.call("Performance.enable", timeDomain="threadTicks")
 
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *reason):
+        self.close()
+
     def close(self):
         """Ends the browser as a user does, who closes it; kills it and what it started if it does not end."""
         for pipe in self.out, self.answers:
@@ -72,9 +78,10 @@ class Browser:
         try:
             self.process.wait(SECONDS_TO_END)
         except subprocess.TimeoutExpired:
-            os.killpg(self.process.pid, signal.SIGKILL)
+            for process in processes_in(self.home.name):
+                end(process)
             self.process.wait()
-        wait_for_end_of_session(self.process.pid)
+        wait_for_end_in(self.home.name)
         self.home.cleanup()
 
     def call(self, method, **parameters):
@@ -152,22 +159,29 @@ def place(reading, writing):
     os.close(101)
 
 
-def processes_of_session(leader):
-    """Numbers of the processes of a session that run; zombies have nothing left to do."""
+def end(process):
+    try:
+        os.kill(process, signal.SIGKILL)
+    except ProcessLookupError:
+        pass
+
+
+def processes_in(home):
+    """Numbers of the processes that write into this folder: the browser, and what it started in any session."""
     found = []
-    for status in pathlib.Path("/proc").glob("[0-9]*/stat"):
+    for process in pathlib.Path("/proc").glob("[0-9]*"):
         try:
-            state, _, _, session = status.read_text().rpartition(")")[2].split()[:4]
+            # Nothing is left of a zombie's.
+            if f"TMPDIR={home}\0".encode() in (process / "environ").read_bytes():
+                found.append(int(process.name))
         except OSError:
-            continue  # It ended meanwhile.
-        if int(session) == leader and state != "Z":
-            found.append(int(status.parent.name))
+            continue  # It ended meanwhile, or is another user's.
     return found
 
 
-def wait_for_end_of_session(leader):
+def wait_for_end_in(home):
     # Helpers of the browser write into its folder until they end, a moment after it.
     begin = time.monotonic()
-    while left := processes_of_session(leader):
+    while left := processes_in(home):
         assert time.monotonic() - begin < SECONDS_TO_END, left
         time.sleep(0.02)
