@@ -169,8 +169,8 @@ class Run {
     return delivered(report);
   }
 
-  Outcome delivered(const Report& report) const {
-    const Outcome text{exitStatusOf(report), reportText(report, styleOf(stdout)), ""};
+  [[nodiscard]] Outcome delivered(const Report& report) const {
+    Outcome text{exitStatusOf(report), reportText(report, styleOf(stdout)), ""};
     if (command.page.file.empty()) return text;
     Outcome outcome =
         withPage("run", command.page, pageOf(report, kPageMaker), [&text] { return text; });

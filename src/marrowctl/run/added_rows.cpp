@@ -80,7 +80,7 @@ std::vector<std::string> AddedRows::grownTables(const Plan& plan) {
       const bool isSame = old != before.end() && old->second.number == status.st_ino;
       if (isSame && old->second.size == size) continue;
       // It is new as a whole.
-      if ((!isSame || old->second.size > size) && patterns.count(pattern) != 0)
+      if ((!isSame || old->second.size > size) && patterns.contains(pattern))
         before[path] = {status.st_ino, 0};
       grown.push_back(path);
     }
@@ -94,7 +94,7 @@ bool AddedRows::isNew(RowDate date) const {
 }
 
 LineChoice AddedRows::choice(OwnRows& own) const {
-  const auto isKnown = [this](const std::string& table) { return before.count(table) != 0; };
+  const auto isKnown = [this](const std::string& table) { return before.contains(table); };
   return {[this, isKnown](const std::string& table) {
             return isKnown(table) ? before.at(table).size : 0;
           },

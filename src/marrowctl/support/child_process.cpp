@@ -7,6 +7,8 @@
 
 #include <cerrno>
 
+// POSIX has whoever uses it declare it, and some systems have done so already.
+// NOLINTNEXTLINE(*-avoid-non-const-global-variables,readability-redundant-declaration)
 extern char** environ;
 
 namespace marrowbench::ctl {

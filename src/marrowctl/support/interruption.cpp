@@ -6,8 +6,10 @@ namespace marrowbench::ctl {
 namespace {
 
 // A handler reaches nothing but what is global.
+// NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables)
 volatile std::sig_atomic_t lastSignal = 0;
 volatile std::sig_atomic_t signals = 0;
+// NOLINTEND(cppcoreguidelines-avoid-non-const-global-variables)
 
 extern "C" void noteSignal(int number) {
   lastSignal = number;

@@ -24,7 +24,9 @@ constexpr std::string_view kErase = "\r\033[K";
 
 constexpr std::array kEndingSignals = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 
-volatile std::sig_atomic_t terminal = -1;  // whose line is to be taken away
+// Whose line is to be taken away. A handler reaches nothing but what is global.
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables)
+volatile std::sig_atomic_t terminal = -1;
 
 // What would end the program does so, but behind the line.
 extern "C" void eraseAndEnd(int number) {
