@@ -3,6 +3,7 @@
 import itertools
 import os
 import pathlib
+import re
 import subprocess
 import sys
 import tempfile
@@ -64,7 +65,9 @@ HOST_PATTERN = r"([^/]*)_\d+\.bin$"
 
 def made_page(ctl, subcommand, name, *arguments):
     done = ctl.run(subcommand, "--html", name, "--force", "--all-runs", "--host-pattern", HOST_PATTERN, *arguments)
-    assert done.stderr == f"marrowctl {subcommand}: written: {name}\n", done.stderr
+    # Where it takes long, lines of progress come first.
+    assert re.fullmatch(rf"(marrowctl {subcommand}: reading, .*\n)*marrowctl {subcommand}: written: {name}\n",
+                        done.stderr), done.stderr
     assert done.returncode in (0, 1)
     return ctl.folder / name
 

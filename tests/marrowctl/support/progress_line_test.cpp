@@ -36,7 +36,6 @@ class Terminal {
     struct winsize size {};
     size.ws_col = columns;
     (void)ioctl(fileno(out), TIOCSWINSZ, &size);
-    (void)fcntl(screen, F_SETFL, O_NONBLOCK);
   }
   Terminal(const Terminal&) = delete;
   Terminal& operator=(const Terminal&) = delete;
@@ -45,10 +44,14 @@ class Terminal {
     (void)close(screen);
   }
 
+  // What has come since the last call. It comes in its own time, so a mark is sent behind it.
   std::string shown() const {
-    char text[4096];
-    const ssize_t got = read(screen, text, sizeof text);
-    return got > 0 ? std::string(text, static_cast<std::size_t>(got)) : std::string();
+    constexpr char kMark = '\x1e';
+    (void)std::fputc(kMark, out);
+    (void)std::fflush(out);
+    std::string text;
+    for (char byte = 0; read(screen, &byte, 1) == 1 && byte != kMark;) text += byte;
+    return text;
   }
 
   std::FILE* out = nullptr;
