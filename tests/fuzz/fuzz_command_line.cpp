@@ -8,8 +8,8 @@
 
 #include "fuzz/sound.h"
 #include "main/command_line.h"
-#include "main/settings_loader.h"
 #include "paths/path_text.h"
+#include "settings/settings_lines.h"
 
 namespace {
 
