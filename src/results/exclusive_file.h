@@ -32,8 +32,9 @@ class ExclusiveFile {
   /// there. False also where the share does not tell.
   [[nodiscard]] bool isReplaced() const;
 
-  /// Writes `text` in one piece and hands it to the system. A failure is silent.
-  void write(const FixedString& text);
+  /// Writes `note` in one piece and hands it to the system. A failure is silent. No other client
+  /// should write the same: by it an owner that stood still knows its file again.
+  void write(const FixedString& note);
 
   /// Closes and deletes the file; another one that stands in its place stays. Silent; nothing
   /// happens when no file is owned.
@@ -42,8 +43,11 @@ class ExclusiveFile {
   bool remove() noexcept;
 
  private:
+  [[nodiscard]] bool isOwn(const Sighting& there) const;
+
   FixedString path;
   std::FILE* file = nullptr;
+  FixedString text;             // that was written
   std::optional<Sighting> own;  // of the file when it was last written
   bool isGone = false;          // it was deleted before it could be seen
 };

@@ -46,8 +46,7 @@ std::optional<Sighting> seeOpen(int descriptor) {
 }
 
 bool mayBeOne(const Sighting& own, const Sighting& there) {
-  return own.device == there.device && own.number == there.number &&
-         std::abs(own.modified - there.modified) < 9;
+  return own.hasNumberOf(there) && std::abs(own.modified - there.modified) < 9;
 }
 
 bool isAbandoned(const std::optional<Sighting>& first, const std::optional<Sighting>& now) {

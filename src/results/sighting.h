@@ -19,6 +19,9 @@ struct Sighting {
   ino_t number = 0;
   std::int64_t modified = 0;  ///< seconds since the epoch, by the server's clock
 
+  [[nodiscard]] bool hasNumberOf(const Sighting& other) const {
+    return device == other.device && number == other.number;
+  }
   bool operator==(const Sighting&) const = default;
 };
 

@@ -5,7 +5,7 @@ import resource
 
 import pytest
 
-from conftest import masked
+from conftest import masked, needs_strace
 
 BLANKS = " " * 18
 STILL_LOCKED = f"{BLANKS}ERROR: Unable to write excel file as it is still locked."
@@ -92,3 +92,17 @@ def test_limit_on_file_sizes_is_told_and_leaves_whole_rows(bench):
     assert told == [f"marrowbench: row lost: {table}: File too large"] * (9 - kept) + [
         f"marrowbench: {9 - kept} of 9 rows lost"]
     assert not (bench.folder / "res.csv_lock.txt").exists()
+
+
+def test_client_that_stands_still_at_its_lock_knows_it_again(bench):
+    needs_strace()
+    # Ten seconds between the creation of the lock and its note, as on a machine that sleeps.
+    table, lock = bench.folder / "res.csv", bench.folder / "res.csv_lock.txt"
+    still = ("strace", "-f", "-o", bench.folder / "trace", "-P", lock, "-e", "trace=openat,write",
+             "-e", "inject=write:delay_enter=10000000:when=1")
+    _, told = bench.run_apart(bench.settings(line(table)), prefix=still,
+                              environment={"ASAN_OPTIONS": "detect_leaks=0"})
+    assert "(DELAYED)" in (bench.folder / "trace").read_text()
+    assert told == []
+    assert len(bench.rows()) == 1
+    assert not lock.exists()

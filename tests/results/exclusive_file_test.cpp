@@ -67,12 +67,42 @@ TEST_F(ExclusiveFileTest, KnowsThatAnotherWithItsNumberStandsInItsPlace) {
   file.write("a note");
   std::int64_t modified = 0;
   (void)fileStatus(path, &modified);
+  writeFile(path, "another's");
   test::setModified(path, modified + 8);
   EXPECT_FALSE(file.isReplaced());
   test::setModified(path, modified + 10);
   EXPECT_TRUE(file.isReplaced());
   EXPECT_TRUE(file.remove());
   EXPECT_TRUE(exists(path));
+}
+
+// Its owner stood still between two calls, or what it wrote was long on its way.
+TEST_F(ExclusiveFileTest, IsKnownByItsTextWhateverItsTime) {
+  std::int64_t modified = 0;
+  ASSERT_TRUE(file.create(path));
+  (void)fileStatus(path, &modified);
+  file.write("a note");
+  for (const int seconds : {-60, 60, 20000}) {
+    test::setModified(path, modified + seconds);
+    EXPECT_FALSE(file.isReplaced()) << seconds;
+  }
+  for (const char* const other : {"", "a not", "a note "}) {
+    writeFile(path, other);
+    test::setModified(path, modified + 60);
+    EXPECT_TRUE(file.isReplaced()) << other;
+  }
+  writeFile(path, "a note");
+  test::setModified(path, modified + 60);
+  EXPECT_TRUE(file.remove());
+  EXPECT_FALSE(exists(path));
+}
+
+TEST_F(ExclusiveFileTest, IsNotKnownByATextThatWasNeverWritten) {
+  std::int64_t modified = 0;
+  ASSERT_TRUE(file.create(path));
+  (void)fileStatus(path, &modified);
+  test::setModified(path, modified + 60);
+  EXPECT_TRUE(file.isReplaced());
 }
 
 // A write that reaches the server late is its own; on sshfs the answer may be about another's file.
