@@ -251,8 +251,15 @@ def shown_wait(console):
     return shown - 2 * second, shown
 
 
+def wait_until_it_waits(runner, name="a.bst"):
+    """Until the program prints a dot: at its first look it would take the file and begin at once."""
+    waiting = f"'{runner.folder / name}'  ########\n\n."
+    wait_until(lambda: any(waiting in console.read_text() for console in runner.scratch.glob("marrowbench_a_*.txt")))
+
+
 def test_a_file_is_waited_for_and_checked_when_it_is_there(runner):
     process = runner.start("a.bst", fast=True)
+    wait_until_it_waits(runner)
     time.sleep(0.5)
     runner.put("a.bst", runner.line("data.bin", wait=1000, iterations=2).replace(";true", ";1"))
     done = Done(process, *process.communicate(timeout=120))
@@ -275,7 +282,7 @@ def test_a_file_is_waited_for_and_checked_when_it_is_there(runner):
 ])
 def test_a_file_that_is_no_good_ends_the_wait(runner, old, new, options, status, finding):
     process = runner.start("a.bst", *options, fast=True)
-    time.sleep(0.5)
+    wait_until_it_waits(runner)
     runner.put("a.bst", runner.line("data.bin").replace(old, new))
     done = Done(process, *process.communicate(timeout=120))
     assert (done.status, done.output) == (status, "")
@@ -288,7 +295,7 @@ def test_a_chained_file_is_waited_for(runner):
     next_file = runner.folder / "b.bst"
     runner.write("a.bst", runner.line("one.bin", wait=2000) + f"{next_file}\n")
     process = runner.start("a.bst", fast=True)
-    wait_until(lambda: (runner.folder / "results.csv").exists())
+    wait_until_it_waits(runner, "b.bst")
     time.sleep(0.5)
     runner.put("b.bst", runner.line("two.bin", wait=2000, iterations=2, table="other.csv"))
     done = Done(process, *process.communicate(timeout=120))
@@ -325,8 +332,7 @@ def test_a_signal_ends_the_check(runner, number):
 def test_a_signal_ends_the_wait_for_a_file(runner, number):
     process = runner.start("a.bst")
     with interrupted(runner, process, number):
-        wait_until(lambda: runner.children(process))
-        time.sleep(0.5)
+        wait_until_it_waits(runner)
     assert (process.done.status, process.done.output) == (128 + number, "")
     assert process.done.console.endswith("\n.")
     assert f"marrowctl run: ended by signal {number}" in process.done.messages
@@ -336,8 +342,7 @@ def test_a_signal_ends_the_wait_for_a_file(runner, number):
 def test_a_signal_ends_the_wait_for_the_minute(runner, number):
     process = runner.start("a.bst", fast=True, environment={"MARROWBENCH_CLOCK_SPEED": "5"})
     with interrupted(runner, process, number):
-        wait_until(lambda: runner.children(process))
-        time.sleep(0.2)
+        wait_until_it_waits(runner)
         runner.put("a.bst", runner.line("data.bin"))
         console = next(runner.scratch.glob("marrowbench_a_*.txt"))
         wait_until(lambda: "Waiting for the next minute" in console.read_text())
