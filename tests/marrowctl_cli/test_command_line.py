@@ -1,6 +1,7 @@
 """Help, versions, wrong usage, and which word of a command line is what."""
 
 import json
+import os
 import re
 import subprocess
 
@@ -38,7 +39,7 @@ def test_example_of_the_help_can_be_typed(ctl, level):
     for name in ("results.csv", "before.csv", "after.csv"):
         write(ctl.folder / name, perfect_fleet(clients=20, dest=data + "{host}/file_{iteration}.bin"))
     done = subprocess.run(["sh", "-c", f'"$@" {example}', "sh", *COMMAND], cwd=ctl.folder,
-                          capture_output=True, text=True)
+                          capture_output=True, text=True, env={**os.environ, "TEMP": str(ctl.folder)})
     # A disk may be too small for what the example would write.
     assert done.returncode == (1 if "[space-short]" in done.stderr else 0), done.stderr
 
