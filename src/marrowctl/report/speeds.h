@@ -16,45 +16,48 @@ struct MovedRows {
   std::uint64_t later = 0;
 };
 
-/// A figure of all rows that moved something, eight bytes each, so that only one of these should
-/// live at a time. Those of a test stand together, in them those of a client, and in these the
-/// first iterations in front.
+/// Tests that stand side by side in a set: [begin, end).
+struct TestRange {
+  std::size_t begin = 0, end = 0;
+};
+
+/// Divides all tests of a set into ranges whose figures together take little memory beside that of
+/// the rows. A range holds one test at least, however many rows that has.
+[[nodiscard]] std::vector<TestRange> rangesOfTests(const ResultSet& set,
+                                                   const std::vector<MovedRows>& counts);
+
+/// The times and speeds of the rows that moved something, of a range of tests. Those of a test
+/// stand together, in them those of a client, and in these the first iterations in front.
 class GroupedFigures {
  public:
   /// @param counts  of each series
-  /// @param figure  what is collected of a row
-  template <class Figure>
-  GroupedFigures(const ResultSet& set, const std::vector<MovedRows>& counts, Figure figure) {
-    arrange(set, counts);
-    std::vector<std::uint64_t> nextFirst(counts.size()), nextLater(counts.size());
-    for (std::size_t i = 0; i < counts.size(); ++i) {
-      nextFirst[i] = begins[i];
-      nextLater[i] = begins[i] + counts[i].first;
-    }
-    for (RowCursor rows(set, Unpacking::nothing); rows.next();) {
-      const ResultRow& row = rows.row();
-      if (!row.moved) continue;
-      auto& next = row.iteration > 0 ? nextLater : nextFirst;
-      figures[next[row.series]++] = figure(row);
-    }
-  }
+  GroupedFigures(const ResultSet& set, const std::vector<MovedRows>& counts, TestRange range);
 
-  /// The caller may change the order of the figures in each.
-  [[nodiscard]] std::span<double> ofTest(std::size_t test) { return part(testBegins, test); }
-  [[nodiscard]] std::span<double> ofSeries(std::size_t series) {
-    return {figures.data() + begins[series], lengths[series]};
+  /// In milliseconds. The caller may change their order within each test.
+  [[nodiscard]] std::span<double> timesOf(std::size_t test) { return part(times, test); }
+
+  /// In MiB/s. The caller may change their order in each.
+  [[nodiscard]] std::span<double> speedsOf(std::size_t test) { return part(speeds, test); }
+  [[nodiscard]] std::span<double> speedsOfSeries(std::size_t series) {
+    return {speeds.data() + begins[series], lengths[series]};
   }
 
  private:
   void arrange(const ResultSet& set, const std::vector<MovedRows>& counts);
+  void fill(const ResultSet& set, const std::vector<MovedRows>& counts);
 
-  [[nodiscard]] std::span<double> part(const std::vector<std::uint64_t>& limits, std::size_t i) {
-    return {figures.data() + limits[i], limits[i + 1] - limits[i]};
+  [[nodiscard]] bool holds(std::uint32_t test) const {
+    return test >= range.begin && test < range.end;
+  }
+  [[nodiscard]] std::span<double> part(std::vector<double>& figures, std::size_t test) const {
+    const std::size_t i = test - range.begin;
+    return {figures.data() + testBegins[i], testBegins[i + 1] - testBegins[i]};
   }
 
-  std::vector<std::uint64_t> testBegins;       // and the end of the last one
+  const TestRange range;
+  std::vector<std::uint64_t> testBegins;       // of the range, and the end of its last one
   std::vector<std::uint64_t> begins, lengths;  // of series
-  std::vector<double> figures;
+  std::vector<double> times, speeds;
 };
 
 }  // namespace marrowbench::ctl

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <numeric>
 
 namespace marrowbench::ctl {
@@ -11,24 +12,33 @@ constexpr double kNormal = 1.4826;
 constexpr double kFar = 3;
 constexpr double kLeastShare = 0.1;
 
-}  // namespace
-
-double quantile(std::span<double> values, double share) {
+// As quantile(), for several shares, the lowest first: each only sorts what the one before it left.
+// @param placed  no value in front of this place is larger than one behind it; moved on
+double nextQuantile(std::span<double> values, double share, std::ptrdiff_t& placed) {
   const double position = static_cast<double>(values.size() - 1) * share;
   const auto below = static_cast<std::size_t>(position);
   const auto at = values.begin() + static_cast<std::ptrdiff_t>(below);
-  std::nth_element(values.begin(), at, values.end());
+  std::nth_element(values.begin() + placed, at, values.end());
+  placed = at - values.begin();
   const double part = position - static_cast<double>(below);
   if (part == 0) return *at;
   return *at + part * (*std::min_element(at + 1, values.end()) - *at);
 }
 
+}  // namespace
+
+double quantile(std::span<double> values, double share) {
+  std::ptrdiff_t placed = 0;
+  return nextQuantile(values, share, placed);
+}
+
 Spread spreadOf(std::span<double> values) {
   Spread spread;
   spread.count = static_cast<std::int64_t>(values.size());
-  spread.p25 = quantile(values, 0.25);
-  spread.median = quantile(values, 0.5);
-  spread.p75 = quantile(values, 0.75);
+  std::ptrdiff_t placed = 0;
+  spread.p25 = nextQuantile(values, 0.25, placed);
+  spread.median = nextQuantile(values, 0.5, placed);
+  spread.p75 = nextQuantile(values, 0.75, placed);
   const auto [least, most] = std::minmax_element(values.begin(), values.end());
   spread.min = *least;
   spread.max = *most;

@@ -184,35 +184,49 @@ double medianOf(std::vector<float>& speeds) {
   return static_cast<double>(*middle);
 }
 
-// The speeds of each test by their iteration, in half the memory: the figures lose their order.
-class FirstIterations {
+void appendAsFloats(std::span<const double> from, std::vector<float>& speeds) {
+  std::transform(from.begin(), from.end(), std::back_inserter(speeds),
+                 [](double speed) { return static_cast<float>(speed); });
+}
+
+// Fills in the distributions of tests, one by one.
+class Measuring {
  public:
-  FirstIterations(const ResultSet& resultSet, const std::vector<MovedRows>& movedRows)
-      : set(resultSet), counts(movedRows), ofTest(resultSet.tests.size()) {
+  Measuring(Report& judged, const std::vector<MovedRows>& movedRows)
+      : report(judged), set(judged.results), counts(movedRows), ofTest(set.tests.size()) {
     for (std::uint32_t i = 0; i < set.series.size(); ++i) ofTest[set.series[i].test].push_back(i);
   }
 
-  FirstIteration of(std::size_t test, GroupedFigures& speeds) const {
+  // Each step disorders the speeds a little more: iterations, then clients, then the test.
+  FirstIteration measure(std::size_t index, GroupedFigures& figures) {
+    TestReport& test = report.tests[index];
+    const FirstIteration first = firstIterationOf(index, figures);
+    for (const std::uint32_t series : ofTest[index]) {
+      ClientReport* const client = clientOf(test, set.series[series].host);
+      if (client != nullptr) client->mibPerSecond = spreadIn(figures.speedsOfSeries(series));
+    }
+    test.mibPerSecond = spreadIn(figures.speedsOf(index));
+    test.milliseconds = spreadIn(figures.timesOf(index));
+    setStragglers(test);
+    return first;
+  }
+
+ private:
+  // Speeds are copied in half the memory: the figures lose their order.
+  FirstIteration firstIterationOf(std::size_t test, GroupedFigures& figures) const {
     std::vector<float> first, later;
     for (const std::uint32_t series : ofTest[test]) {
-      const std::span<double> all = speeds.ofSeries(series);
-      const auto split = all.begin() + static_cast<std::ptrdiff_t>(counts[series].first);
-      append(all.begin(), split, first);
-      append(split, all.end(), later);
+      const std::span<double> all = figures.speedsOfSeries(series);
+      appendAsFloats(all.first(counts[series].first), first);
+      appendAsFloats(all.subspan(counts[series].first), later);
     }
     return {medianOf(first), medianOf(later)};
   }
 
- private:
-  template <class Iterator>
-  static void append(Iterator from, Iterator to, std::vector<float>& speeds) {
-    std::transform(from, to, std::back_inserter(speeds),
-                   [](double speed) { return static_cast<float>(speed); });
-  }
-
+  Report& report;
   const ResultSet& set;
   const std::vector<MovedRows>& counts;
-  std::vector<std::vector<std::uint32_t>> ofTest;
+  std::vector<std::vector<std::uint32_t>> ofTest;  // its series
 };
 
 }  // namespace
@@ -224,26 +238,12 @@ std::vector<MovedRows> tallyTests(Report& report) {
 }
 
 std::vector<FirstIteration> measureTests(Report& report, const std::vector<MovedRows>& counts) {
-  const ResultSet& set = report.results;
-  {
-    GroupedFigures times(
-        set, counts, [](const ResultRow& row) { return static_cast<double>(row.milliseconds); });
-    for (std::size_t i = 0; i < set.tests.size(); ++i)
-      report.tests[i].milliseconds = spreadIn(times.ofTest(i));
-  }
-  GroupedFigures speeds(set, counts, mibPerSecond);
-  const FirstIterations firstIterations(set, counts);
+  Measuring tests(report, counts);
   std::vector<FirstIteration> firsts;
-  // Each step disorders the figures a little more: iterations, then clients, then tests.
-  for (std::size_t i = 0; i < set.tests.size(); ++i)
-    firsts.push_back(firstIterations.of(i, speeds));
-  for (std::size_t i = 0; i < set.series.size(); ++i) {
-    ClientReport* const client = clientOf(report.tests[set.series[i].test], set.series[i].host);
-    if (client != nullptr) client->mibPerSecond = spreadIn(speeds.ofSeries(i));
-  }
-  for (std::size_t i = 0; i < set.tests.size(); ++i) {
-    report.tests[i].mibPerSecond = spreadIn(speeds.ofTest(i));
-    setStragglers(report.tests[i]);
+  for (const TestRange range : rangesOfTests(report.results, counts)) {
+    GroupedFigures figures(report.results, counts, range);
+    for (std::size_t i = range.begin; i < range.end; ++i)
+      firsts.push_back(tests.measure(i, figures));
   }
   return firsts;
 }

@@ -55,10 +55,7 @@ class HostTokens {
     for (const Site& site : sites) {
       const std::string key = keyOf(store.kinds[site.kind].parameters) + skeletonOf(site.source) +
                               ' ' + skeletonOf(site.dest);
-      Tokens tokens;
-      appendTokens(site.source, tokens);
-      appendTokens(site.dest, tokens);
-      paths.add(paths.familyOf(key), std::move(tokens));
+      paths.add({paths.familyOf(key), site.source, site.dest});
     }
     paths.find();
     for (const Member& member : paths.members) families.push_back(member.family);
@@ -73,9 +70,7 @@ class HostTokens {
     std::vector<std::vector<const Site*>> ofFile(files.size());
     for (const Site& site : sites) ofFile[site.file].push_back(&site);
     for (const ResultFile& file : files) {
-      Tokens tokens;
-      appendTokens(file.path, tokens);
-      names.add(names.familyOf(skeletonOf(file.path)), std::move(tokens));
+      names.add({names.familyOf(skeletonOf(file.path)), file.path, {}});
     }
     names.find();
     return best(
@@ -211,7 +206,7 @@ class HostTokens {
       for (;;) {
         const std::size_t end = rest.find_first_of(kTokenEnds);
         const std::string_view token = rest.substr(0, end);
-        const bool isHost = masked.contains(token) && (where.empty() || where.contains(position));
+        const bool isHost = (where.empty() || where.contains(position)) && masked.contains(token);
         result += isHost ? "[host]" : token;
         ++position;
         if (end == std::string_view::npos) break;

@@ -7,8 +7,6 @@
 namespace marrowbench::ctl {
 namespace {
 
-bool endsToken(char c) { return kTokenEnds.find(c) != std::string_view::npos; }
-
 bool isWholeToken(std::string_view shape, std::size_t at) {
   return (at == 0 || endsToken(shape[at - 1])) &&
          (at + 1 == shape.size() || endsToken(shape[at + 1]));

@@ -1,6 +1,7 @@
 #ifndef MARROWBENCH_MARROWCTL_TABLE_NUMBER_ROLES_H
 #define MARROWBENCH_MARROWCTL_TABLE_NUMBER_ROLES_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -33,6 +34,10 @@ using KnownTexts = std::vector<std::vector<bool>>;
 
 /// Where tokens of a path end.
 inline constexpr std::string_view kTokenEnds = "/_.";
+
+[[nodiscard]] inline bool endsToken(char c) {
+  return std::find(kTokenEnds.begin(), kTokenEnds.end(), c) != kTokenEnds.end();
+}
 
 /// The separators between the tokens of a path: "//_." for "/data/c01_7.bin".
 [[nodiscard]] std::string skeletonOf(std::string_view path);

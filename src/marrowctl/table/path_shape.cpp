@@ -1,6 +1,7 @@
 #include "marrowctl/table/path_shape.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace marrowbench::ctl {
 namespace {
@@ -8,6 +9,15 @@ namespace {
 constexpr Digits kTen = 10;
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+// The number that begins at `at`, which is moved behind it. @pre a digit stands there
+Digits takeDigits(const char*& at, const char* end) {
+  const char* const last =
+      end - at > static_cast<std::ptrdiff_t>(kDigitsOfNumber) ? at + kDigitsOfNumber : end;
+  Digits digits = 1;
+  for (; at != last && isDigit(*at); ++at) digits = digits * kTen + static_cast<Digits>(*at - '0');
+  return digits;
+}
 
 }  // namespace
 
@@ -25,7 +35,7 @@ bool hasLeadingZero(Digits digits) {
 }
 
 bool appendShape(std::string_view text, std::string& shape, std::vector<Digits>& numbers) {
-  // Most of the time that a row takes is spent here: no call for each character.
+  // For each character of a row: no call in it.
   const std::size_t before = shape.size();
   shape.resize(before + text.size());
   char* out = shape.data() + before;
@@ -36,16 +46,27 @@ bool appendShape(std::string_view text, std::string& shape, std::vector<Digits>&
       *out++ = *at++;
       continue;
     }
-    Digits digits = 1;
-    const char* const last =
-        end - at > static_cast<std::ptrdiff_t>(kDigitsOfNumber) ? at + kDigitsOfNumber : end;
-    for (; at != last && isDigit(*at); ++at)
-      digits = digits * kTen + static_cast<Digits>(*at - '0');
     *out++ = kNumberMark;
-    numbers.push_back(digits);
+    numbers.push_back(takeDigits(at, end));
   }
   shape.resize(static_cast<std::size_t>(out - shape.data()));
   return true;
+}
+
+bool hasShape(std::string_view text, std::string_view shape, std::vector<Digits>& numbers) {
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  for (;;) {
+    // Between marks a shape has no digit, so that none is overlooked where the texts are equal.
+    const std::size_t length = std::min(shape.find(kNumberMark), shape.size());
+    if (static_cast<std::size_t>(end - at) < length) return false;
+    if (std::memcmp(at, shape.data(), length) != 0) return false;
+    at += length;
+    if (length == shape.size()) return at == end;
+    if (at == end || !isDigit(*at)) return false;
+    numbers.push_back(takeDigits(at, end));
+    shape.remove_prefix(length + 1);
+  }
 }
 
 std::string filledShape(std::string_view shape, const Digits*& numbers) {

@@ -36,6 +36,11 @@ using Digits = std::uint64_t;
 [[nodiscard]] bool appendShape(std::string_view text, std::string& shape,
                                std::vector<Digits>& numbers);
 
+/// Whether a text has this shape, which is quicker than to make its own. Appends its numbers to
+/// `numbers`; where it has another shape, some may have been appended.
+[[nodiscard]] bool hasShape(std::string_view text, std::string_view shape,
+                            std::vector<Digits>& numbers);
+
 /// The text of a shape. @param numbers  as many as there are marks; moved behind those that it took
 [[nodiscard]] std::string filledShape(std::string_view shape, const Digits*& numbers);
 

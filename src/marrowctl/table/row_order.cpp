@@ -1,16 +1,42 @@
 #include "marrowctl/table/row_order.h"
 
+#include <algorithm>
 #include <unordered_map>
 
 namespace marrowbench::ctl {
 namespace {
 
-// The rows of a family that stand together.
+// The rows of a family that stand together in a file.
 struct Block {
+  std::uint32_t file = kNone;
   std::uint32_t site = kNone;
   std::uint32_t name = kNone;
   std::int64_t rows = 0;
 };
+
+// Of blocks that are kept from row to row; what is left of another file counts as none.
+Block& blockIn(std::vector<Block>& blocks, std::size_t index, std::uint32_t file) {
+  Block& block = blocks[index];
+  if (block.file != file) block = {file, kNone, kNone, 0};
+  return block;
+}
+
+// Numbers the names of each family, from 0. @return the number of each site
+std::vector<std::size_t> numbered(const std::vector<std::size_t>& families,
+                                  const std::vector<std::uint32_t>& names) {
+  std::unordered_map<std::uint64_t, std::size_t> known;
+  std::vector<std::size_t> ofSite;
+  for (std::size_t i = 0; i < families.size(); ++i) {
+    const std::uint64_t key = std::uint64_t{families[i]} << 32U | names[i];
+    ofSite.push_back(known.try_emplace(key, known.size()).first->second);
+  }
+  return ofSite;
+}
+
+// How many a list of numbers from 0 has.
+std::size_t countOf(const std::vector<std::size_t>& numbers) {
+  return numbers.empty() ? 0 : *std::max_element(numbers.begin(), numbers.end()) + 1;
+}
 
 }  // namespace
 
@@ -18,33 +44,28 @@ RowOrder orderOf(const RowStore& store, const std::vector<Site>& sites,
                  const std::vector<std::size_t>& families,
                  const std::vector<std::uint32_t>& names) {
   RowOrder order;
-  std::unordered_map<std::size_t, Block> ofFamily;  // the last block
-  std::unordered_map<std::uint64_t, Block> ofName;  // the same of each name in a family
-  std::uint32_t file = 0;
+  const std::vector<std::size_t> nameOfSite = numbered(families, names);
+  std::vector<Block> ofFamily(countOf(families));  // the last block
+  std::vector<Block> ofName(countOf(nameOfSite));  // the same of each name in a family
   for (StoredRowCursor rows(store, Unpacking::nothing); rows.next();) {
     const std::uint32_t site = rows.row().series;
     const std::uint32_t name = names[site];
-    if (rows.file() != file) {
-      ofFamily.clear();
-      ofName.clear();
-      file = rows.file();
-    }
     if (name == kNone) continue;
     ++order.rows;
     const std::int64_t iterations = store.kinds[sites[site].kind].parameters.iterations;
     const auto isUnfinished = [iterations](const Block& block) {
       return block.site != kNone && iterations > 1 && block.rows % iterations != 0;
     };
-    Block& own = ofName[std::uint64_t{families[site]} << 32U | name];
-    Block& last = ofFamily[families[site]];
+    Block& own = blockIn(ofName, nameOfSite[site], rows.file());
+    Block& last = blockIn(ofFamily, families[site], rows.file());
     if (own.site != site) {
       if (isUnfinished(own)) ++order.inside;
-      own = {site, name, 0};
+      own = {rows.file(), site, name, 0};
     }
     ++own.rows;
     if (last.name != name) {
       if (isUnfinished(last)) ++order.between;
-      last = {site, name, 0};
+      last = {rows.file(), site, name, 0};
     }
     last.rows = own.rows;
   }

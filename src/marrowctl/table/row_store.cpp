@@ -3,6 +3,11 @@
 #include <utility>
 
 namespace marrowbench::ctl {
+namespace {
+
+constexpr Digits kRepeated = 0;
+
+}  // namespace
 
 std::uint32_t RowStore::addKind(std::string_view key, RowKind kind) {
   const auto index = static_cast<std::uint32_t>(kinds.size());
@@ -14,18 +19,30 @@ std::uint32_t RowStore::addKind(std::string_view key, RowKind kind) {
 void RowStore::add(const StoredRow& row, std::uint64_t linesSince,
                    const std::vector<Digits>& numbers) {
   if (rowCount % kRowsOfBlock == 0) {
-    if (!blocks.empty()) blocks.back().numbers.shrink_to_fit();
+    endBlock();
     blocks.emplace_back().rows.reserve(kRowsOfBlock);
   }
-  RowBlock& block = blocks.back();
-  block.rows.push_back(row);
-  appendPacked(linesSince, block.numbers);
-  for (const Digits number : numbers) appendPacked(number, block.numbers);
+  blocks.back().rows.push_back(row);
+  appendPacked(linesSince, packed);
+  const std::size_t sourceNumbers = kinds[row.kind].sourceNumbers;
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    const bool isRepeated =
+        i >= sourceNumbers && i < 2 * sourceNumbers && numbers[i] == numbers[i - sourceNumbers];
+    appendPacked(isRepeated ? kRepeated : numbers[i], packed);
+  }
   ++rowCount;
 }
 
+// Once a block is full, its numbers take no more memory than they need.
+void RowStore::endBlock() {
+  if (blocks.empty()) return;
+  blocks.back().numbers = packed;
+  packed.clear();
+}
+
 void RowStore::finish() {
-  if (!blocks.empty()) blocks.back().numbers.shrink_to_fit();
+  endBlock();
+  packed = {};
   kindsByKey = {};
 }
 
@@ -46,8 +63,12 @@ bool StoredRowCursor::next() {
 void StoredRowCursor::unpack(const RowBlock& block, std::size_t inBlock) {
   if (inBlock == 0) packed = block.numbers.data();
   currentLine += takePacked(packed);
+  const std::size_t sourceNumbers = kind().sourceNumbers;
   unpacked.resize(kind().numbers());
-  for (Digits& number : unpacked) number = takePacked(packed);
+  for (std::size_t i = 0; i < unpacked.size(); ++i) {
+    const Digits number = takePacked(packed);
+    unpacked[i] = number == kRepeated ? unpacked[i - sourceNumbers] : number;
+  }
 }
 
 WideValues StoredRowCursor::wide() const {

@@ -50,7 +50,9 @@ struct WideValues {
 };
 
 /// Rows that stand together, with the numbers of their texts behind one another: for each row the
-/// lines since the row before it, then its numbers.
+/// lines since the row before it, then its numbers. 0 stands for the number at the same place of
+/// the source: the paths of a copy have most of theirs in common, and the digits of no number are
+/// 0.
 struct RowBlock {
   std::vector<StoredRow> rows;
   std::vector<std::uint8_t> numbers;
@@ -77,7 +79,8 @@ class RowStore {
   /// Ends the file whose rows were added since the last call.
   void endFile() { fileEnds.push_back(rowCount); }
 
-  /// Gives back what only adding rows takes.
+  /// Ends the adding of rows and gives back what only that takes. Before it, no cursor unpacks
+  /// them.
   void finish();
 
   [[nodiscard]] std::uint64_t size() const { return rowCount; }
@@ -91,6 +94,8 @@ class RowStore {
   std::unordered_map<std::uint64_t, WideValues> wide;  ///< by the number of the row
 
  private:
+  void endBlock();
+
   struct TextHash {
     using is_transparent = void;
     std::size_t operator()(std::string_view text) const {
@@ -98,6 +103,7 @@ class RowStore {
     }
   };
   std::unordered_map<std::string, std::uint32_t, TextHash, std::equal_to<>> kindsByKey;
+  std::vector<std::uint8_t> packed;  // numbers of the block that is being filled
   std::uint64_t rowCount = 0;
 };
 

@@ -63,16 +63,18 @@ class SiteTaker {
  private:
   std::uint32_t siteOf(const StoredRowCursor& rows, StoredRow& row) {
     const std::vector<NumberRole>& rolesOfKind = roles[row.kind];
-    key.clear();
-    add(rows.file());
-    add(sameKinds[row.kind]);
+    key.resize((2 + rolesOfKind.size()) * sizeof(std::uint64_t));
+    char* end = key.data();
+    append(rows.file(), end);
+    append(sameKinds[row.kind], end);
     for (std::size_t i = 0; i < rolesOfKind.size(); ++i) {
       const Digits number = rows.numbers()[i];
-      if (rolesOfKind[i] == NumberRole::text) add(number);
+      if (rolesOfKind[i] == NumberRole::text) append(number, end);
       if (rolesOfKind[i] == NumberRole::iteration) {
         row.iteration = static_cast<std::int32_t>(std::min(valueOf(number), kMostIterations));
       }
     }
+    key.resize(static_cast<std::size_t>(end - key.data()));
     const auto [known, isNew] = indices.try_emplace(key, static_cast<std::uint32_t>(sites.size()));
     if (isNew) sites.push_back(newSite(rows));
     return known->second;
@@ -99,10 +101,9 @@ class SiteTaker {
     ++site.rows;
   }
 
-  void add(std::uint64_t value) {
-    char bytes[sizeof value];
-    std::memcpy(bytes, &value, sizeof value);
-    key.append(bytes, sizeof value);
+  static void append(std::uint64_t value, char*& end) {
+    std::memcpy(end, &value, sizeof value);
+    end += sizeof value;
   }
 
   RowStore& store;

@@ -122,7 +122,17 @@ bool TableReader::takeLines(int fileDescriptor, std::string& problem) {
   return problem.empty();
 }
 
+bool TableReader::isOfLastKind(const RowCells& cells) {
+  numbers.clear();
+  if (lastKind == nullptr || cells.parameters != lastParameters) return false;
+  const RowKind& kind = set.store.kinds[*lastKind];
+  return hasShape(cells.source, kind.source, numbers) && hasShape(cells.dest, kind.dest, numbers) &&
+         hasShape(cells.error, kind.error, numbers);
+}
+
 const std::uint32_t* TableReader::kindOf(const RowCells& cells, std::string& reason) {
+  // Rows of one test stand together.
+  if (isOfLastKind(cells)) return lastKind;
   key.assign(cells.parameters);
   numbers.clear();
   RowKind kind;
@@ -139,9 +149,7 @@ const std::uint32_t* TableReader::kindOf(const RowCells& cells, std::string& rea
     }
     counts[i] = numbers.size() - numbersBefore;
   }
-  // Rows of one test stand together.
-  if (lastKind != nullptr && key == lastKey) return lastKind;
-  if (const std::uint32_t* const known = set.store.findKind(key)) return remember(known);
+  if (const std::uint32_t* const known = set.store.findKind(key)) return remember(cells, known);
   const std::optional<Parameters> parameters =
       parametersOf(cells.parameters, cells.separator, reason);
   if (!parameters) return nullptr;
@@ -153,11 +161,11 @@ const std::uint32_t* TableReader::kindOf(const RowCells& cells, std::string& rea
   kind.destNumbers = counts[1];
   kind.errorNumbers = counts[2];
   set.store.addKind(key, std::move(kind));
-  return remember(set.store.findKind(key));
+  return remember(cells, set.store.findKind(key));
 }
 
-const std::uint32_t* TableReader::remember(const std::uint32_t* kind) {
-  lastKey = key;
+const std::uint32_t* TableReader::remember(const RowCells& cells, const std::uint32_t* kind) {
+  lastParameters = cells.parameters;
   lastKind = kind;
   return kind;
 }

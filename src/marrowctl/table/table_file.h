@@ -50,7 +50,9 @@ class TableReader {
   void refuse(const TextLine& line, std::string reason);
   [[nodiscard]] const std::uint32_t* kindOf(const RowCells& cells, std::string& reason);
 
-  const std::uint32_t* remember(const std::uint32_t* kind);
+  /// Takes its numbers where it is.
+  [[nodiscard]] bool isOfLastKind(const RowCells& cells);
+  const std::uint32_t* remember(const RowCells& cells, const std::uint32_t* kind);
 
   ResultSet& set;
   Progress progress;
@@ -65,7 +67,7 @@ class TableReader {
   std::string key;
   std::vector<Digits> numbers;
   // Of the row before it.
-  std::string lastKey;
+  std::string lastParameters;
   const std::uint32_t* lastKind = nullptr;
 };
 

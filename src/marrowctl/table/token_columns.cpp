@@ -7,13 +7,29 @@
 
 namespace marrowbench::ctl {
 
+namespace {
+
+constexpr std::size_t kUsualTokens = 64;
+
 void appendTokens(std::string_view text, Tokens& tokens) {
-  for (;;) {
-    const std::size_t end = text.find_first_of(kTokenEnds);
-    tokens.push_back(text.substr(0, end));
-    if (end == std::string_view::npos) return;
-    text.remove_prefix(end + 1);
+  const char* begin = text.data();
+  const char* const end = begin + text.size();
+  for (const char* at = begin; at != end; ++at) {
+    if (!endsToken(*at)) continue;
+    tokens.emplace_back(begin, at - begin);
+    begin = at + 1;
   }
+  tokens.emplace_back(begin, end - begin);
+}
+
+}  // namespace
+
+Tokens Member::tokens() const {
+  Tokens tokens;
+  tokens.reserve(kUsualTokens);
+  appendTokens(text, tokens);
+  if (second.data() != nullptr) appendTokens(second, tokens);
+  return tokens;
 }
 
 bool isAlike(const Names& a, const Names& b) {
@@ -27,11 +43,12 @@ bool isAlike(const Names& a, const Names& b) {
 void Columns::find() {
   std::vector<std::vector<Names>> names(families.size());
   for (const Member& member : members) {
-    names[member.family].resize(member.tokens.size());
-    for (std::size_t i = 0; i < member.tokens.size(); ++i) {
+    const Tokens tokens = member.tokens();
+    names[member.family].resize(tokens.size());
+    for (std::size_t i = 0; i < tokens.size(); ++i) {
       Names& known = names[member.family][i];
       // Most places hold one name.
-      if (known.size() != 1 || *known.begin() != member.tokens[i]) known.insert(member.tokens[i]);
+      if (known.size() != 1 || *known.begin() != tokens[i]) known.insert(tokens[i]);
     }
   }
   for (std::size_t family = 0; family < names.size(); ++family) {
@@ -51,15 +68,16 @@ std::map<std::size_t, std::size_t> Columns::placesOf(const Names& wanted) const 
 
 std::string_view Columns::nameIn(const Member& member, const Names& wanted,
                                  const std::map<std::size_t, std::size_t>& places) {
+  const Tokens tokens = member.tokens();
   const auto place = places.find(member.family);
   if (place != places.end()) {
-    const std::string_view token = member.tokens[place->second];
+    const std::string_view token = tokens[place->second];
     return wanted.contains(token) ? token : std::string_view();
   }
   const auto found =
-      std::find_if(member.tokens.rbegin(), member.tokens.rend(),
+      std::find_if(tokens.rbegin(), tokens.rend(),
                    [&wanted](std::string_view token) { return wanted.contains(token); });
-  return found == member.tokens.rend() ? std::string_view() : *found;
+  return found == tokens.rend() ? std::string_view() : *found;
 }
 
 }  // namespace marrowbench::ctl

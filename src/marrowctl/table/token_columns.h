@@ -14,13 +14,14 @@ namespace marrowbench::ctl {
 using Tokens = std::vector<std::string_view>;
 using Names = std::set<std::string_view>;
 
-/// The parts of a text between "/", "_" and ".", behind those that are there.
-void appendTokens(std::string_view text, Tokens& tokens);
-
-/// A text with its tokens; all of a family have as many.
+/// One or two texts; all of a family have as many tokens. The tokens of a hundred thousand members
+/// would take more memory than their rows, so that they are taken anew where they are looked at.
 struct Member {
   std::size_t family = 0;
-  Tokens tokens;
+  std::string_view text, second;
+
+  /// The parts of the texts between "/", "_" and ".".
+  [[nodiscard]] Tokens tokens() const;
 };
 
 /// A place at which the members of a family differ.
@@ -37,7 +38,8 @@ class Columns {
     return families.try_emplace(key, families.size()).first->second;
   }
 
-  void add(std::size_t family, Tokens tokens) { members.push_back({family, std::move(tokens)}); }
+  /// @param member  its texts must stay where they are
+  void add(const Member& member) { members.push_back(member); }
 
   /// Fills `columns`, when all members are there.
   void find();

@@ -37,6 +37,37 @@ TEST(PathShape, RefusesATextWithTheMark) {
                   shape, numbers));
 }
 
+TEST(HasShape, FindsWhatAppendShapeWouldMake) {
+  const std::vector<std::string> texts = {"",
+                                          "7",
+                                          "a",
+                                          "a7",
+                                          "7a",
+                                          "/c01/file_9.bin",
+                                          "/c01/file",
+                                          "a77b8",
+                                          "/c1/7_",
+                                          "/c1/file_",
+                                          "/c1/file_.b",
+                                          std::string(19, '5'),
+                                          "a\x01"
+                                          "b"};
+  for (const std::string& one : texts) {
+    std::string shape;
+    std::vector<Digits> numbers;
+    if (!appendShape(one, shape, numbers)) continue;
+    for (const std::string& other : texts) {
+      std::string otherShape;
+      std::vector<Digits> expected, taken;
+      const bool isSame = appendShape(other, otherShape, expected) && otherShape == shape;
+      ASSERT_EQ(hasShape(other, shape, taken), isSame) << one << " and " << other;
+      if (isSame) {
+        EXPECT_EQ(taken, expected) << other;
+      }
+    }
+  }
+}
+
 TEST(DigitsOfANumber, KeepTheirValueAndTheirZeros) {
   EXPECT_EQ(valueOf(1007), 7);
   EXPECT_EQ(textOf(1007), "007");
