@@ -13,6 +13,7 @@
 #include "marrowctl/main/option_set.h"
 #include "marrowctl/support/exit_status.h"
 #include "marrowctl/support/suggestion.h"
+#include "marrowctl/support/units.h"
 
 namespace marrowbench::ctl {
 namespace {
@@ -104,6 +105,20 @@ void OptionSet::number(const char* name, std::int64_t& value, std::int64_t least
       ->type_name(type);
 }
 
+void OptionSet::duration(const char* name, std::optional<std::int64_t>& seconds, const char* help) {
+  parts->app
+      .add_option_function<std::string>(
+          name,
+          [=, &seconds](const std::string& text) {
+            seconds = secondsOf(text);
+            if (!seconds)
+              throw CLI::ValidationError(
+                  name, fmt::format("{} is no time such as 90s, 15m, 2h or 1d", text));
+          },
+          help)
+      ->type_name("DURATION");
+}
+
 void OptionSet::exclude(const char* name, const char* other) {
   parts->app.get_option(name)->excludes(parts->app.get_option(other));
 }
@@ -124,7 +139,7 @@ std::optional<Outcome> OptionSet::parse(Arguments arguments) {
   } catch (const CLI::CallForHelp&) {
     return Outcome{done, parts->help(), ""};
   } catch (const CLI::CallForVersion&) {
-    return Outcome{done, fmt::format("{}\n", kVersion), ""};
+    return Outcome{done, versionText(), ""};
   } catch (const CLI::ParseError& problem) {
     return wrong(problem.what());
   }
@@ -146,6 +161,7 @@ constexpr std::array kSubcommands = {
     Subcommand{"report", "Say what results tables hold: a verdict, figures, clean data",
                readReport},
     Subcommand{"compare", "Say which tests of two runs became faster or slower", readCompare},
+    Subcommand{"fleet", "Make many clients start one run together, and watch it", readFleet},
 };
 
 std::string help() {
@@ -173,11 +189,13 @@ Outcome unknownWord(std::string_view word) {
 
 }  // namespace
 
+std::string versionText() { return fmt::format("{}\n", kVersion); }
+
 Command readCommandLine(Arguments arguments) {
   if (arguments.empty()) return Outcome{wrongUsage, "", help()};
   const std::string_view word = arguments.front();
   if (word == "--help" || word == "-h") return Outcome{done, help(), ""};
-  if (word == "--version") return Outcome{done, fmt::format("{}\n", kVersion), ""};
+  if (word == "--version") return Outcome{done, versionText(), ""};
   const auto* const found =
       std::find_if(kSubcommands.begin(), kSubcommands.end(),
                    [word](const Subcommand& each) { return word == each.name; });

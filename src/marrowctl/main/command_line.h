@@ -2,6 +2,7 @@
 #define MARROWBENCH_MARROWCTL_MAIN_COMMAND_LINE_H
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -79,9 +80,15 @@ struct CompareCommand {
   std::optional<double> failIfSlower;  ///< percent
 };
 
+/// A command of "marrowctl fleet", its options taken.
+struct FleetCommand {
+  std::function<Outcome()> carryOut;
+};
+
 /// An Outcome when there is nothing left to do: help, the version, or what is wrong with the usage.
 using Command =
-    std::variant<Outcome, CheckCommand, SweepCommand, RunCommand, ReportCommand, CompareCommand>;
+    std::variant<Outcome, CheckCommand, SweepCommand, RunCommand, ReportCommand, CompareCommand,
+                 FleetCommand>;
 
 /// What the arguments behind the program's name ask for.
 [[nodiscard]] Command readCommandLine(std::span<char* const> arguments);

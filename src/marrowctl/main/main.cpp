@@ -21,6 +21,7 @@ Outcome run(const Command& command, const std::string& ownPath) {
   if (const auto* const report = std::get_if<ReportCommand>(&command)) return runReport(*report);
   if (const auto* const compare = std::get_if<CompareCommand>(&command))
     return runCompare(*compare);
+  if (const auto* const fleet = std::get_if<FleetCommand>(&command)) return fleet->carryOut();
   return std::get<Outcome>(command);
 }
 

@@ -45,6 +45,8 @@ class OptionSet {
   /// A whole number, which is decimal, whatever it begins with.
   void number(const char* name, std::int64_t& value, std::int64_t least, std::int64_t most,
               const char* type, const char* help);
+  /// A span of time: "90", "90s", "15m", "2h", "1d".
+  void duration(const char* name, std::optional<std::int64_t>& seconds, const char* help);
   /// The one can't be given with the other. @pre both are declared
   void exclude(const char* name, const char* other);
   /// What stands at the end of the help: "Example: ...".
@@ -69,6 +71,11 @@ class OptionSet {
 [[nodiscard]] Command readRun(const Subcommand& self, Arguments arguments);
 [[nodiscard]] Command readReport(const Subcommand& self, Arguments arguments);
 [[nodiscard]] Command readCompare(const Subcommand& self, Arguments arguments);
+/// Of the level whose own words follow: "fleet arm".
+[[nodiscard]] Command readFleet(const Subcommand& self, Arguments arguments);
+
+/// "marrowctl 1.2.3" and a line feed.
+[[nodiscard]] std::string versionText();
 
 inline constexpr std::int64_t kMostClients = 1'000'000'000;
 

@@ -18,6 +18,12 @@ struct Unit {
 constexpr std::array<Unit, 3> kUnits = {{{"GiB", "G", std::int64_t{1} << 30U},
                                          {"MiB", "M", std::int64_t{1} << 20U},
                                          {"KiB", "K", std::int64_t{1} << 10U}}};
+struct Span {
+  std::string_view letter;
+  std::int64_t seconds;
+};
+constexpr std::array<Span, 5> kSpans = {{{"", 1}, {"s", 1}, {"m", 60}, {"h", 3600}, {"d", 86400}}};
+
 constexpr int kDecimals = 3;
 constexpr std::int64_t kThousand = 1000;
 
@@ -64,6 +70,21 @@ std::optional<std::int64_t> bytesOf(std::string_view text, std::int64_t bareUnit
       unitOf(withoutBlanks(text.substr(static_cast<std::size_t>(stop - text.data()))), bareUnit);
   if (!unit || number > INT64_MAX / *unit) return std::nullopt;
   return number * *unit;
+}
+
+std::optional<std::int64_t> secondsOf(std::string_view text) {
+  constexpr std::int64_t kMost = 36'500;
+  std::int64_t number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, code] = std::from_chars(text.data(), end, number);
+  if (code != std::errc() || number < 0 || text.starts_with('-')) return std::nullopt;
+  const std::string_view unit(stop, static_cast<std::size_t>(end - stop));
+  for (const Span& span : kSpans) {
+    if (unit != span.letter) continue;
+    if (number > kMost * kSpans.back().seconds / span.seconds) return std::nullopt;
+    return number * span.seconds;
+  }
+  return std::nullopt;
 }
 
 std::string shownSize(std::int64_t bytes) {

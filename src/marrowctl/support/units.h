@@ -17,6 +17,10 @@ namespace marrowbench::ctl {
 /// @return nothing for any other text and for what does not fit 63 bits
 [[nodiscard]] std::optional<std::int64_t> bytesOf(std::string_view text, std::int64_t bareUnit = 1);
 
+/// The seconds of a span of time: a whole number and a unit, "s" (as without one), "m", "h" or "d".
+/// Nothing for any other text and for more than 36,500 days.
+[[nodiscard]] std::optional<std::int64_t> secondsOf(std::string_view text);
+
 /// An exact size in the largest unit that needs at most three decimals: "4 KiB", "1.5 MiB",
 /// "1,025 KiB", "17 bytes".
 [[nodiscard]] std::string shownSize(std::int64_t bytes);

@@ -32,6 +32,22 @@ TEST(BytesOf, RefusesEverythingElse) {
   }
 }
 
+TEST(SecondsOf, TakesANumberAndAUnit) {
+  const struct {
+    const char* text;
+    std::int64_t seconds;
+  } cases[] = {{"0", 0},     {"90", 90},    {"90s", 90},           {"15m", 900},
+               {"2h", 7200}, {"1d", 86400}, {"36500d", 3153600000}};
+  for (const auto& c : cases) EXPECT_EQ(secondsOf(c.text), c.seconds) << c.text;
+}
+
+TEST(SecondsOf, RefusesEverythingElse) {
+  for (const char* const text : {"", "s", "-1", "+1", "1.5h", "1 h", "1h30m", "1M", "1min",
+                                 "36501d", "9223372036854775807m", "9223372036854775808"}) {
+    EXPECT_EQ(secondsOf(text), std::nullopt) << text;
+  }
+}
+
 TEST(ShownSize, IsExactInTheLargestUnitThatIsShort) {
   const struct {
     std::int64_t bytes;

@@ -1,0 +1,67 @@
+#include "marrowctl/fleet/control_folder.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace marrowbench::ctl {
+namespace {
+
+// With the longest names of clients and phases around it, it still is a file's name.
+constexpr std::size_t kLongestName = 100;
+
+bool isLetterOrDigit(char byte) {
+  return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
+         (byte >= '0' && byte <= '9');
+}
+
+bool mayStand(char byte) {
+  return isLetterOrDigit(byte) || byte == '.' || byte == '_' || byte == '-';
+}
+
+std::string nameOf(const ControlFolder& folder, int phase) {
+  return phase == 1 ? folder.run : folder.run + "-" + std::to_string(phase);
+}
+
+}  // namespace
+
+std::string ControlFolder::path() const {
+  std::string base = control;
+  while (base.size() > 1 && base.ends_with('/')) base.pop_back();
+  return base == "/" ? base + run : base + "/" + run;
+}
+
+std::string ControlFolder::file(std::string_view name) const {
+  return path().append("/").append(name);
+}
+
+std::string ControlFolder::settings(int phase) const { return file(nameOf(*this, phase) + ".bst"); }
+
+std::string ControlFolder::doneFolder(int phase) const {
+  return file("_" + nameOf(*this, phase) + "_log");
+}
+
+std::string ControlFolder::ready(std::string_view host) const {
+  return file(kReadyPrefix).append(host);
+}
+
+std::string ControlFolder::finished(std::string_view host) const {
+  return file(kFinishedPrefix).append(host);
+}
+
+std::string ControlFolder::console(std::string_view host) const {
+  return file(kConsolePrefix).append(host);
+}
+
+std::string problemOfRunName(std::string_view name) {
+  if (name.empty()) return "the name is empty";
+  if (name.size() > kLongestName) {
+    return "the name has more than " + std::to_string(kLongestName) + " characters";
+  }
+  const bool isPlain =
+      isLetterOrDigit(name.front()) && std::all_of(name.begin(), name.end(), mayStand);
+  if (isPlain) return {};
+  return "a run's name begins with a letter or a digit and has no characters but letters, digits, "
+         "\".\", \"_\" and \"-\"";
+}
+
+}  // namespace marrowbench::ctl

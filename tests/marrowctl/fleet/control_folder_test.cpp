@@ -1,0 +1,42 @@
+#include "marrowctl/fleet/control_folder.h"
+
+#include <gtest/gtest.h>
+
+namespace marrowbench::ctl {
+namespace {
+
+TEST(ControlFolder, NamesEachFileOfARun) {
+  const ControlFolder folder{"/share/control", "monday"};
+  EXPECT_EQ(folder.path(), "/share/control/monday");
+  EXPECT_EQ(folder.settings(), "/share/control/monday/monday.bst");
+  EXPECT_EQ(folder.settings(3), "/share/control/monday/monday-3.bst");
+  EXPECT_EQ(folder.doneFolder(), "/share/control/monday/_monday_log");
+  EXPECT_EQ(folder.doneFolder(2), "/share/control/monday/_monday-2_log");
+  EXPECT_EQ(folder.ready("c1"), "/share/control/monday/ready__c1");
+  EXPECT_EQ(folder.finished("c1"), "/share/control/monday/finished__c1");
+  EXPECT_EQ(folder.console("c1"), "/share/control/monday/console__c1");
+}
+
+TEST(ControlFolder, TakesSlashesAtTheEndOfTheFolder) {
+  EXPECT_EQ((ControlFolder{"share//", "r"}).path(), "share/r");
+  EXPECT_EQ((ControlFolder{"/", "r"}).path(), "/r");
+  EXPECT_EQ((ControlFolder{".", "r"}).path(), "./r");
+}
+
+TEST(ProblemOfRunName, LetsPlainNamesPass) {
+  for (const std::string name :
+       {"a", "7", "monday", "2026-11-22_b.1", std::string(100, 'x').c_str()}) {
+    EXPECT_EQ(problemOfRunName(name), "") << name;
+  }
+}
+
+TEST(ProblemOfRunName, RefusesWhatMeansSomethingInPathsAndLines) {
+  for (const char* const name : {"", ".", "..", ".hidden", "-x", "_x", "a/b", "a b", "a;b",
+                                 "[host]", "a\\b", "a'b", "\xC3\xA4"}) {
+    EXPECT_NE(problemOfRunName(name), "") << name;
+  }
+  EXPECT_EQ(problemOfRunName(std::string(101, 'x')), "the name has more than 100 characters");
+}
+
+}  // namespace
+}  // namespace marrowbench::ctl
