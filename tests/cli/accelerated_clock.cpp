@@ -5,10 +5,10 @@
 
 #include "support/system_clock.h"
 
-// The clock of marrowbench_fast, the program as its users run it but with time
+// The clock of marrowbench_fast and marrowctl_fast, the programs as their users run them but with time
 // MARROWBENCH_CLOCK_SPEED (60) times as fast: a wait for the start minute takes about a second.
 // Programs that are started with the same MARROWBENCH_CLOCK_START (microseconds since the epoch)
-// agree about the time.
+// agree about the time. MARROWBENCH_CLOCK_OFFSET (microseconds) sets the clock of one of them wrong.
 namespace marrowbench {
 namespace {
 
@@ -30,7 +30,8 @@ std::int64_t speed() {
 
 std::int64_t microseconds() {
   static const std::int64_t start = setting("MARROWBENCH_CLOCK_START", realMicroseconds());
-  return start + (realMicroseconds() - start) * speed();
+  static const std::int64_t offset = setting("MARROWBENCH_CLOCK_OFFSET", 0);
+  return start + (realMicroseconds() - start) * speed() + offset;
 }
 
 }  // namespace

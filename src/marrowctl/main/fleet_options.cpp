@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "marrowctl/support/suggestion.h"
@@ -13,8 +15,12 @@
 namespace marrowbench::ctl {
 namespace {
 
+namespace fs = std::filesystem;
+
 // Each under its whole name, "fleet arm", by which help and messages call it.
-constexpr std::array<Subcommand, 0> kActions = {};
+constexpr std::array kActions = {
+    Subcommand{"fleet arm", "Make this machine a client that waits for a run", readArm},
+};
 
 std::string_view wordOf(const Subcommand& action) {
   const std::string_view name = action.name;
@@ -32,7 +38,9 @@ std::string help() {
   return text +
          "\nOptions:\n"
          "  -h, --help  Show this help; behind a command, that of the command\n"
-         "  --version   Show the version\n";
+         "  --version   Show the version\n\n"
+         "Example: this machine takes part in a run called monday\n"
+         "  marrowctl fleet arm --control . --run monday --detach --give-up 2h\n";
 }
 
 Outcome unknownWord(const Subcommand& self, std::string_view word) {
@@ -68,6 +76,14 @@ std::optional<Outcome> problemOf(const OptionSet& options, const ControlFolder& 
   const std::string problem = problemOfRunName(folder.run);
   if (problem.empty()) return std::nullopt;
   return options.wrong("--run: " + problem);
+}
+
+std::string programBeside(const std::string& name) {
+  std::error_code code;
+  const fs::path beside = fs::read_symlink("/proc/self/exe", code).replace_filename(name);
+  // Systems without such a link, and those where the other program lies elsewhere.
+  if (code || !fs::is_regular_file(beside, code)) return name;
+  return beside.string();
 }
 
 }  // namespace marrowbench::ctl

@@ -1,0 +1,73 @@
+#include "marrowctl/fleet/share_clock.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <ctime>
+
+#include "marrowctl/fleet/open_file.h"
+#include "support/clock.h"
+
+namespace marrowbench::ctl {
+namespace {
+
+constexpr std::int64_t kMsOfSecond = 1000;
+constexpr long kNanosecondsOfMs = 1'000'000;
+
+// POSIX has one name for it, macOS another.
+template <class Status>
+timespec modified(const Status& status) {
+  if constexpr (requires { status.st_mtim; }) {
+    return status.st_mtim;
+  } else {
+    return status.st_mtimespec;
+  }
+}
+
+std::int64_t localMs() {
+  std::int64_t now = 0;
+  nowMs(now);
+  return now;
+}
+
+int writeFront(const std::string& path, std::string_view text) {
+  OpenFile file(path, O_WRONLY | O_CREAT);
+  if (!file.isOpen()) return errno;
+  const int code = file.writeAt(0, text);
+  const int closing = file.close();
+  return code != 0 ? code : closing;
+}
+
+}  // namespace
+
+std::int64_t modifiedMs(const struct stat& status) {
+  const timespec time = modified(status);
+  return static_cast<std::int64_t>(time.tv_sec) * kMsOfSecond + time.tv_nsec / kNanosecondsOfMs;
+}
+
+int writeAndReadClock(const std::string& path, std::string_view text, ClockReading& reading) {
+  const std::int64_t before = localMs();
+  if (const int code = writeFront(path, text); code != 0) return code;
+  reading.localMs = before + (localMs() - before) / 2;
+  // Opened once more: clients of shares ask the server then, where they answer from memory else.
+  const OpenFile file(path, O_RDONLY);
+  struct stat status {};
+  if (!file.isOpen() || fstat(file.descriptor(), &status) != 0) return errno;
+  reading.shareMs = modifiedMs(status);
+  reading.hasFractions = modified(status).tv_nsec != 0;
+  return 0;
+}
+
+int readShareClock(const std::string& folder, ClockReading& reading) {
+  const std::string path =
+      folder + "/.clock_" + std::to_string(localMs()) + "_" + std::to_string(getpid());
+  const int code = writeAndReadClock(path, "What time is it here?\n", reading);
+  (void)std::remove(path.c_str());
+  return code;
+}
+
+std::int64_t ShareTime::nowMs() const { return localMs() - offset; }
+
+}  // namespace marrowbench::ctl

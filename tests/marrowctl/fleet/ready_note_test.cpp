@@ -1,0 +1,110 @@
+#include "marrowctl/fleet/ready_note.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace marrowbench::ctl {
+namespace {
+
+ReadyNote someNote() {
+  ReadyNote note;
+  note.host = "c1";
+  note.run = "monday";
+  note.id = "0123456789abcdef";
+  note.time = "2026-11-22T10:00:00+01:00";
+  note.clockOffsetMs = -1500;
+  note.pid = 4711;
+  note.marrowctl = "9.1.01";
+  note.marrowbench = "9.1.01";
+  note.machine = {"Linux 6.1 x86_64", 8, 1 << 30, {{"/share", "nfs4", "server:/x", "rw,vers=4.1"}}};
+  return note;
+}
+
+TEST(ReadyNote, ReadsWhatItWrites) {
+  const std::string text = textOf(someNote(), 0);
+  EXPECT_EQ(text.find('\n'), text.size() - 1) << "one line";
+  const auto note = readyNoteFrom(text);
+  ASSERT_TRUE(note);
+  EXPECT_EQ(note->host, "c1");
+  EXPECT_EQ(note->run, "monday");
+  EXPECT_EQ(note->id, "0123456789abcdef");
+  EXPECT_EQ(note->time, "2026-11-22T10:00:00+01:00");
+  EXPECT_EQ(note->clockOffsetMs, -1500);
+  EXPECT_EQ(note->pid, 4711);
+  EXPECT_EQ(note->marrowctl, "9.1.01");
+  EXPECT_EQ(note->marrowbench, "9.1.01");
+  EXPECT_EQ(note->machine.kernel, "Linux 6.1 x86_64");
+  EXPECT_EQ(note->machine.processors, 8);
+  EXPECT_EQ(note->machine.memoryBytes, 1 << 30);
+  EXPECT_EQ(note->machine.mounts, someNote().machine.mounts);
+}
+
+TEST(ReadyNote, SaysWhatIsNotKnownYet) {
+  ReadyNote note = someNote();
+  note.clockOffsetMs.reset();
+  note.marrowbench.reset();
+  const std::string text = textOf(note, 0);
+  EXPECT_NE(text.find("\"clockOffsetMs\":null"), std::string::npos) << text;
+  EXPECT_NE(text.find("\"marrowbench\":null"), std::string::npos) << text;
+  const auto read = readyNoteFrom(text);
+  ASSERT_TRUE(read);
+  EXPECT_FALSE(read->clockOffsetMs);
+  EXPECT_FALSE(read->marrowbench);
+}
+
+TEST(ReadyNote, CoversALongerOne) {
+  EXPECT_EQ(textOf(someNote(), 4000).size(), 4000U);
+  EXPECT_TRUE(readyNoteFrom(textOf(someNote(), 4000)));
+  const std::size_t length = textOf(someNote(), 0).size();
+  EXPECT_EQ(textOf(someNote(), length), textOf(someNote(), 0));
+  EXPECT_EQ(textOf(someNote(), length + 1).size(), length + 1);
+}
+
+TEST(ReadyNote, TakesAnyBytesInNames) {
+  ReadyNote note = someNote();
+  note.machine.mounts.front().path = "/\xFF";
+  const auto read = readyNoteFrom(textOf(note, 0));
+  ASSERT_TRUE(read);
+  EXPECT_EQ(read->machine.mounts.front().path, "/\xEF\xBF\xBD");
+}
+
+TEST(ReadyNote, RefusesWhatIsNone) {
+  const std::string text = textOf(someNote(), 0);
+  for (const std::string& other :
+       {std::string(), std::string("{}"), std::string("[]"), std::string("7"),
+        std::string("{\"schema\":\"marrowctl.ready/2\"}"), text.substr(0, text.size() / 2)}) {
+    EXPECT_FALSE(readyNoteFrom(other)) << other;
+  }
+}
+
+TEST(ReadyNote, OfTwoProcessesDiffer) {
+  EXPECT_NE(noteOfThisMachine("r", "1").id, noteOfThisMachine("r", "1").id);
+  EXPECT_FALSE(noteOfThisMachine("r", "1").host.empty());
+}
+
+TEST(MountsIn, AreDisksAndShares) {
+  std::istringstream list(
+      "proc /proc proc rw 0 0\n"
+      "/dev/sda1 / ext4 rw,relatime 0 0\n"
+      "tmpfs /tmp tmpfs rw 0 0\n"
+      "server:/export /mnt/my\\040share nfs4 rw,vers=4.1 0 0\n"
+      "//nas/data /mnt/nas cifs rw 0 0\n"
+      "gluster /g fuse.glusterfs rw 0 0\n"
+      "broken\n");
+  const std::vector<MountNote> expected = {
+      {"/", "ext4", "/dev/sda1", "rw,relatime"},
+      {"/mnt/my share", "nfs4", "server:/export", "rw,vers=4.1"},
+      {"/mnt/nas", "cifs", "//nas/data", "rw"},
+      {"/g", "fuse.glusterfs", "gluster", "rw"}};
+  EXPECT_EQ(mountsIn(list), expected);
+}
+
+TEST(MountsIn, AreAtMost32) {
+  std::stringstream list;
+  for (int i = 0; i < 40; ++i) list << "/dev/sda" << i << " /m" << i << " ext4 rw 0 0\n";
+  EXPECT_EQ(mountsIn(list).size(), 32U);
+}
+
+}  // namespace
+}  // namespace marrowbench::ctl
