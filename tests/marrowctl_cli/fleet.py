@@ -24,6 +24,12 @@ def settings_line(iterations=2, table="results.csv"):
     return LINE.format(iterations=iterations, table=table)
 
 
+def clock_at(second):
+    """For programs with a clock of their own: it is this second of a minute there now, and goes on as usual."""
+    return {"MARROWBENCH_CLOCK_SPEED": "1",
+            "MARROWBENCH_CLOCK_OFFSET": str(int((second - time.time()) % 60 * 1_000_000))}
+
+
 def state_of(pid):
     """The state of a process as /proc tells it; nothing when it is gone."""
     try:

@@ -47,7 +47,7 @@ bool isAllowed(const PlannedFile& file, const std::string& name) {
 
 std::vector<Finding> check(const Plan& plan) { return check(plan, totalsOf(plan)); }
 
-std::vector<Finding> check(const Plan& plan, const Totals& totals) {
+std::vector<Finding> check(const Plan& plan, const Totals& totals, Allowance allowance) {
   const Survey survey(plan);
   FindingList findings;
   for (const auto addGroup : kGroups) addGroup(survey, findings);
@@ -57,7 +57,8 @@ std::vector<Finding> check(const Plan& plan, const Totals& totals) {
   auto& all = findings.all;
   std::erase_if(all, [&](const Finding& finding) {
     const PlannedFile& file = plan.files[numbers.at(finding.file)];
-    return isExplainedByAnother(file, finding) || isAllowed(file, finding.name);
+    const bool mayBeAllowed = allowance == Allowance::all || finding.severity != Severity::error;
+    return isExplainedByAnother(file, finding) || (mayBeAllowed && isAllowed(file, finding.name));
   });
   const auto place = [&numbers](const Finding& finding) {
     return std::tuple(numbers.at(finding.file), finding.line.value_or(0),

@@ -9,11 +9,15 @@
 
 namespace marrowbench::ctl {
 
+/// What a file's "# marrowctl: allow" comments may silence.
+enum class Allowance { all, allButErrors };
+
 /// Everything there is to say about a plan, in order of file, line and column. What a file's
 /// "# marrowctl: allow" comments name is left out.
 ///
 /// @param totals  totalsOf() the plan
-[[nodiscard]] std::vector<Finding> check(const Plan& plan, const Totals& totals);
+[[nodiscard]] std::vector<Finding> check(const Plan& plan, const Totals& totals,
+                                         Allowance allowance = Allowance::all);
 /// The same for those who need no totals themselves.
 [[nodiscard]] std::vector<Finding> check(const Plan& plan);
 

@@ -39,11 +39,7 @@ constexpr int kSignalBase = 128;
 constexpr std::size_t kLongestPath = 500;
 
 std::string problemOfFolder(const ControlFolder& folder) {
-  std::error_code code;
-  if (!fs::is_directory(folder.control, code)) {
-    return folder.control + ": " + std::strerror(code ? code.value() : ENOTDIR) +
-           ". Is the share mounted here?";
-  }
+  if (std::string problem = problemOfShare(folder); !problem.empty()) return problem;
   const std::string path = folder.path();
   if (mkdir(path.c_str(), 0777) != 0 && errno != EEXIST) return path + ": " + std::strerror(errno);
   return {};

@@ -1,7 +1,11 @@
 #include "marrowctl/fleet/control_folder.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
+#include <cstring>
+#include <filesystem>
+#include <system_error>
 
 namespace marrowbench::ctl {
 namespace {
@@ -34,10 +38,19 @@ std::string ControlFolder::file(std::string_view name) const {
   return path().append("/").append(name);
 }
 
+std::string ControlFolder::within(const std::string& whole) const {
+  const std::string front = path() + "/";
+  return whole.starts_with(front) ? whole.substr(front.size()) : whole;
+}
+
 std::string ControlFolder::settings(int phase) const { return file(nameOf(*this, phase) + ".bst"); }
 
 std::string ControlFolder::doneFolder(int phase) const {
   return file("_" + nameOf(*this, phase) + "_log");
+}
+
+std::string ControlFolder::published(int phase) const {
+  return file("published__" + nameOf(*this, phase));
 }
 
 std::string ControlFolder::ready(std::string_view host) const {
@@ -50,6 +63,13 @@ std::string ControlFolder::finished(std::string_view host) const {
 
 std::string ControlFolder::console(std::string_view host) const {
   return file(kConsolePrefix).append(host);
+}
+
+std::string problemOfShare(const ControlFolder& folder) {
+  std::error_code code;
+  if (std::filesystem::is_directory(folder.control, code)) return {};
+  return folder.control + ": " + std::strerror(code ? code.value() : ENOTDIR) +
+         ". Is the share mounted here?";
 }
 
 std::string problemOfRunName(std::string_view name) {

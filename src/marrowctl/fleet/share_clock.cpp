@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <ctime>
+#include <limits>
 
 #include "marrowctl/fleet/open_file.h"
 #include "support/clock.h"
@@ -15,6 +16,9 @@ namespace {
 
 constexpr std::int64_t kMsOfSecond = 1000;
 constexpr long kNanosecondsOfMs = 1'000'000;
+// A machine that stood still meanwhile has a reading that is off by as much.
+constexpr std::int64_t kQuickMs = 200;
+constexpr int kMostReadings = 3;
 
 // POSIX has one name for it, macOS another.
 template <class Status>
@@ -40,6 +44,22 @@ int writeFront(const std::string& path, std::string_view text) {
   return code != 0 ? code : closing;
 }
 
+// @param duration  of the writing, milliseconds
+int readOnce(const std::string& path, std::string_view text, ClockReading& reading,
+             std::int64_t& duration) {
+  const std::int64_t before = localMs();
+  if (const int code = writeFront(path, text); code != 0) return code;
+  duration = localMs() - before;
+  reading.localMs = before + duration / 2;
+  // Opened once more: clients of shares ask the server then, where they answer from memory else.
+  const OpenFile file(path, O_RDONLY);
+  struct stat status {};
+  if (!file.isOpen() || fstat(file.descriptor(), &status) != 0) return errno;
+  reading.shareMs = modifiedMs(status);
+  reading.hasFractions = modified(status).tv_nsec != 0;
+  return 0;
+}
+
 }  // namespace
 
 std::int64_t modifiedMs(const struct stat& status) {
@@ -48,15 +68,15 @@ std::int64_t modifiedMs(const struct stat& status) {
 }
 
 int writeAndReadClock(const std::string& path, std::string_view text, ClockReading& reading) {
-  const std::int64_t before = localMs();
-  if (const int code = writeFront(path, text); code != 0) return code;
-  reading.localMs = before + (localMs() - before) / 2;
-  // Opened once more: clients of shares ask the server then, where they answer from memory else.
-  const OpenFile file(path, O_RDONLY);
-  struct stat status {};
-  if (!file.isOpen() || fstat(file.descriptor(), &status) != 0) return errno;
-  reading.shareMs = modifiedMs(status);
-  reading.hasFractions = modified(status).tv_nsec != 0;
+  std::int64_t shortest = std::numeric_limits<std::int64_t>::max();
+  for (int i = 0; i < kMostReadings && shortest > kQuickMs; ++i) {
+    ClockReading next;
+    std::int64_t duration = 0;
+    if (const int code = readOnce(path, text, next, duration); code != 0) return code;
+    if (duration >= shortest) continue;
+    shortest = duration;
+    reading = next;
+  }
   return 0;
 }
 

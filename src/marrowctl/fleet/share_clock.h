@@ -30,7 +30,7 @@ struct ClockReading {
 [[nodiscard]] std::int64_t modifiedMs(const struct stat& status);
 
 /// Writes the text over the front of a file, made where there is none, and reads the time that the
-/// share gave it.
+/// share gave it. What took long is done again, at most twice: the quickest reading counts.
 ///
 /// @return errno of what failed; 0: the reading is taken
 [[nodiscard]] int writeAndReadClock(const std::string& path, std::string_view text,

@@ -1,8 +1,6 @@
 #include <cstdio>
-#include <filesystem>
 #include <string>
 #include <string_view>
-#include <system_error>
 
 #include "marrowctl/fleet/arm.h"
 #include "marrowctl/main/detachment.h"
@@ -20,14 +18,6 @@ struct ArmCommand {
 void print(std::string_view text, std::FILE* file) {
   (void)std::fwrite(text.data(), 1, text.size(), file);
   (void)std::fflush(file);
-}
-
-// The path that the program shows in its rows tells where on this machine the share is.
-std::string fromTheRoot(const std::string& folder) {
-  std::error_code code;
-  const auto path =
-      folder == "." ? std::filesystem::current_path(code) : std::filesystem::absolute(folder, code);
-  return code ? folder : path.string();
 }
 
 Outcome runArm(const ArmCommand& command) {
@@ -75,7 +65,6 @@ Command readArm(const Subcommand& self, Arguments arguments) {
   if (const auto outcome = options.parse(arguments)) return *outcome;
   if (const auto outcome = problemOf(options, command.arm.folder)) return *outcome;
   if (!options.words.empty()) return options.wrong("too much: " + options.words.front());
-  command.arm.folder.control = fromTheRoot(command.arm.folder.control);
   if (command.arm.program.empty()) command.arm.program = programBeside("marrowbench");
   return FleetCommand{[command] { return runArm(command); }};
 }

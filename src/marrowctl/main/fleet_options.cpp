@@ -5,12 +5,16 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <set>
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
 #include <vector>
 
+#include "marrowctl/support/host_list.h"
 #include "marrowctl/support/suggestion.h"
+#include "paths/host_name.h"
 
 namespace marrowbench::ctl {
 namespace {
@@ -20,11 +24,20 @@ namespace fs = std::filesystem;
 // Each under its whole name, "fleet arm", by which help and messages call it.
 constexpr std::array kActions = {
     Subcommand{"fleet arm", "Make this machine a client that waits for a run", readArm},
+    Subcommand{"fleet publish", "Start all clients that wait, in one minute", readPublish},
 };
 
 std::string_view wordOf(const Subcommand& action) {
   const std::string_view name = action.name;
   return name.substr(name.find(' ') + 1);
+}
+
+// Names of other files in messages, and the program's own path in its rows, tell where the share
+// is.
+std::string fromTheRoot(const std::string& folder) {
+  std::error_code code;
+  const fs::path path = folder == "." ? fs::current_path(code) : fs::absolute(folder, code);
+  return code ? folder : path.string();
 }
 
 std::string help() {
@@ -70,12 +83,41 @@ void addControlFolder(OptionSet& options, ControlFolder& folder) {
   options.text("--run", folder.run, "NAME", "Name of the run: a folder in that folder");
 }
 
-std::optional<Outcome> problemOf(const OptionSet& options, const ControlFolder& folder) {
+std::optional<Outcome> problemOf(const OptionSet& options, ControlFolder& folder) {
   if (folder.control.empty()) return options.wrong("--control: name a folder on the share");
   if (folder.run.empty()) return options.wrong("--run: give the run a name");
   const std::string problem = problemOfRunName(folder.run);
-  if (problem.empty()) return std::nullopt;
-  return options.wrong("--run: " + problem);
+  if (!problem.empty()) return options.wrong("--run: " + problem);
+  folder.control = fromTheRoot(folder.control);
+  return std::nullopt;
+}
+
+void addWanted(OptionSet& options, WantedOptions& values) {
+  options.text("--hosts", values.hostList, "LIST",
+               "The clients: a file of names, or names as c1,c[02-10]");
+  options.number("--clients", values.clients, 1, kMostClients, "N",
+                 "How many clients there are, whatever their names");
+  options.exclude("--clients", "--hosts");
+}
+
+std::optional<Outcome> requireWanted(const OptionSet& options, const WantedOptions& values) {
+  if (values.clients > 0 || !values.hostList.empty()) return std::nullopt;
+  return options.wrong("say which clients: --hosts LIST, or how many: --clients N");
+}
+
+std::optional<Outcome> takeWanted(const Subcommand& self, const WantedOptions& values,
+                                  Wanted& wanted) {
+  wanted.clients = values.clients;
+  if (values.hostList.empty()) return std::nullopt;
+  const HostList list = readHostList(values.hostList);
+  if (list.isUnreadable) return impossible(self.name, list.problem);
+  if (!list.problem.empty()) return wrongUsageOf(self.name, "--hosts: " + list.problem);
+  std::set<std::string> known;
+  for (const std::string& name : list.names) {
+    std::string host(hostNameFrom(name).view());
+    if (known.insert(host).second) wanted.hosts.push_back(std::move(host));
+  }
+  return std::nullopt;
 }
 
 std::string programBeside(const std::string& name) {

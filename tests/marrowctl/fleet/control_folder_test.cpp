@@ -12,6 +12,8 @@ TEST(ControlFolder, NamesEachFileOfARun) {
   EXPECT_EQ(folder.settings(3), "/share/control/monday/monday-3.bst");
   EXPECT_EQ(folder.doneFolder(), "/share/control/monday/_monday_log");
   EXPECT_EQ(folder.doneFolder(2), "/share/control/monday/_monday-2_log");
+  EXPECT_EQ(folder.published(), "/share/control/monday/published__monday");
+  EXPECT_EQ(folder.published(2), "/share/control/monday/published__monday-2");
   EXPECT_EQ(folder.ready("c1"), "/share/control/monday/ready__c1");
   EXPECT_EQ(folder.finished("c1"), "/share/control/monday/finished__c1");
   EXPECT_EQ(folder.console("c1"), "/share/control/monday/console__c1");
@@ -21,6 +23,21 @@ TEST(ControlFolder, TakesSlashesAtTheEndOfTheFolder) {
   EXPECT_EQ((ControlFolder{"share//", "r"}).path(), "share/r");
   EXPECT_EQ((ControlFolder{"/", "r"}).path(), "/r");
   EXPECT_EQ((ControlFolder{".", "r"}).path(), "./r");
+}
+
+TEST(ControlFolder, KnowsWhatIsWithinIt) {
+  const ControlFolder folder{"/share/control", "monday"};
+  EXPECT_EQ(folder.within("/share/control/monday/sub/t.csv"), "sub/t.csv");
+  for (const char* const path : {"/share/control/mondays/t.csv", "/share/control/monday", "t.csv"})
+    EXPECT_EQ(folder.within(path), path);
+}
+
+TEST(ProblemOfShare, IsThatThereIsNoSuchFolder) {
+  EXPECT_EQ(problemOfShare({"/", "monday"}), "") << "the run's own folder may be missing";
+  EXPECT_EQ(problemOfShare({"/nowhere", "monday"}),
+            "/nowhere: No such file or directory. Is the share mounted here?");
+  EXPECT_EQ(problemOfShare({"/dev/null", "monday"}),
+            "/dev/null: Not a directory. Is the share mounted here?");
 }
 
 TEST(ProblemOfRunName, LetsPlainNamesPass) {

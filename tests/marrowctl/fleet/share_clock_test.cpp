@@ -34,6 +34,19 @@ TEST(ShareClock, TakesTheMiddleOfTheWriting) {
   EXPECT_EQ(reading.localMs, start + 250);
 }
 
+TEST(ShareClock, IsReadAgainWhereThatTookLong) {
+  const test::TempFolder folder;
+  const struct { std::int64_t ms, readings; } cases[] = {{200, 1}, {201, 3}, {5000, 3}};
+  for (const auto& c : cases) {
+    test::fakeClock().msPerReading = c.ms;
+    const std::int64_t start = test::fakeClock().now / 1000;
+    ClockReading reading;
+    ASSERT_EQ(writeAndReadClock(std::string(folder.file("f").view()), "text", reading), 0);
+    EXPECT_EQ(test::fakeClock().now / 1000 - start, c.readings * 2 * c.ms) << c.ms;
+    EXPECT_EQ(reading.localMs, start + c.ms / 2) << "the first of those that took as long";
+  }
+}
+
 TEST(ShareClock, WritesOverTheFrontOfAFile) {
   const test::TempFolder folder;
   test::writeFile(folder.file("f"), "0123456789");

@@ -1,0 +1,63 @@
+#include "marrowctl/fleet/drafts.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "marrowctl/fleet/open_file.h"
+
+namespace marrowbench::ctl {
+namespace {
+
+std::string problemWith(const std::string& path, int code) {
+  return path + ": " + std::strerror(code);
+}
+
+// Hidden, and no settings file by its name: nobody takes it for the finished file.
+std::string draftOf(const std::string& path) {
+  const std::size_t name = path.rfind('/') + 1;
+  return path.substr(0, name) + "." + path.substr(name) + "." + std::to_string(getpid());
+}
+
+int writeText(const std::string& path, int flags, const std::string& text) {
+  OpenFile file(path, O_WRONLY | flags);
+  if (!file.isOpen()) return errno;
+  const int code = file.writeAt(0, text);
+  const int closing = file.close();
+  return code != 0 ? code : closing;
+}
+
+}  // namespace
+
+Drafts::~Drafts() {
+  for (const Draft& draft : drafts) (void)std::remove(draft.path.c_str());
+}
+
+std::string Drafts::write(const std::map<std::string, std::string>& texts) {
+  for (const auto& [place, text] : texts) {
+    drafts.push_back({draftOf(place), place, text});
+    const int code = writeText(drafts.back().path, O_CREAT | O_TRUNC, text);
+    if (code != 0) return problemWith(place, code);
+  }
+  return {};
+}
+
+std::string Drafts::publish(const std::string& last) {
+  std::stable_partition(drafts.begin(), drafts.end(),
+                        [&last](const Draft& draft) { return draft.place != last; });
+  while (!drafts.empty()) {
+    const Draft& draft = drafts.front();
+    // Written once more for its time: what is newer than the file was done since it appeared.
+    int code = draft.place == last ? writeText(draft.path, 0, draft.text) : 0;
+    if (code == 0 && std::rename(draft.path.c_str(), draft.place.c_str()) != 0) code = errno;
+    if (code != 0) return problemWith(draft.place, code);
+    drafts.erase(drafts.begin());
+  }
+  return {};
+}
+
+}  // namespace marrowbench::ctl
