@@ -21,6 +21,19 @@ class Pace {
   std::int64_t lastMs;
 };
 
+/// Pauses between looks at a run: a second, or as much longer as keeps the program below a
+/// hundredth of a processor, however many clients there are.
+class SparingPace {
+ public:
+  SparingPace();
+
+  /// How long to pause after what was done since the last call, in milliseconds.
+  [[nodiscard]] std::int64_t pauseMs();
+
+ private:
+  std::int64_t usedMs;  // of the processor's time up to the last call
+};
+
 }  // namespace marrowbench::ctl
 
 #endif

@@ -43,6 +43,7 @@ void addWanted(OptionSet& options, WantedOptions& values);
 /// The words of the level, each with its options.
 [[nodiscard]] Command readArm(const Subcommand& self, Arguments arguments);
 [[nodiscard]] Command readPublish(const Subcommand& self, Arguments arguments);
+[[nodiscard]] Command readWatch(const Subcommand& self, Arguments arguments);
 
 }  // namespace marrowbench::ctl
 

@@ -87,6 +87,21 @@ TEST(Pace, IsDueEveryFewSeconds) {
   EXPECT_TRUE(pace.isDue());
 }
 
+TEST(SparingPace, PausesASecondAtLeast) {
+  SparingPace pace;
+  for (int i = 0; i < 3; ++i) EXPECT_GE(pace.pauseMs(), 1000);
+}
+
+TEST(SparingPace, StaysBelowAHundredthOfAProcessor) {
+  SparingPace pace;
+  const std::clock_t start = std::clock();
+  while (std::clock() - start < CLOCKS_PER_SEC / 20) {
+  }
+  const std::int64_t pause = pace.pauseMs();
+  EXPECT_GE(pause, 4900) << "50 ms were used";
+  EXPECT_LE(pause, 60'000);
+}
+
 TEST(Pace, IsDueWhenTheClockWasSetBack) {
   Pace pace(10);
   test::fakeClock().now -= 3'600'000'000;

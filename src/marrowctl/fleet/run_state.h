@@ -1,0 +1,82 @@
+#ifndef MARROWBENCH_MARROWCTL_FLEET_RUN_STATE_H
+#define MARROWBENCH_MARROWCTL_FLEET_RUN_STATE_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// How far a run is. Times are milliseconds since the epoch by the share's clock.
+namespace marrowbench::ctl {
+
+enum class ClientState {
+  ready,    ///< waits for the settings file, or for its minute
+  running,  ///< the tests have begun, and not all markers are there
+  done,     ///< all its markers are there, and newer than the settings file
+  late,     ///< has no row yet, though half of the clients have had theirs for a minute
+  missing   ///< never came, is gone, or has ended without its markers
+};
+inline constexpr std::size_t kClientStates = 5;
+
+/// "ready", "running", "done", "late" or "missing".
+[[nodiscard]] const char* nameOf(ClientState state);
+
+struct WatchedClient {
+  std::string host;
+  // What was seen of it:
+  std::optional<std::int64_t> touchedMs;  ///< its ready file, when it is there
+  std::optional<int> finishedStatus;      ///< of its finished file, when there is no ready file
+  std::string finishedMessage;
+  std::size_t markers = 0;  ///< fresh ones
+  std::int64_t rows = 0;
+  std::optional<std::int64_t> firstRowSeenMs;
+  // What follows of it:
+  ClientState state = ClientState::missing;
+  std::string reason;  ///< why it is missing; else empty
+};
+
+struct WatchedLock {
+  std::string path;
+  std::int64_t ageMs = 0;
+};
+
+struct RunState {
+  std::string run;
+  std::int64_t nowMs = 0;
+  std::optional<std::int64_t> publishedMs;
+  std::optional<std::int64_t> startMs;  ///< when the tests begin or began
+  std::vector<WatchedClient> clients;   ///< in no order
+  std::int64_t namelessClients = 0;     ///< wanted, but nobody knows their names
+  std::size_t markersPerClient = 0;     ///< of the files that are published
+  std::int64_t rowsPerClient = 0;
+  std::int64_t rows = 0;
+  bool knowsOwners = false;  ///< rows tell which client they are from
+  std::optional<std::int64_t> lastRowMs;
+  std::vector<WatchedLock> locks;
+  std::string
+      awaited;  ///< the settings file of the next phase, which is not there yet; empty: none
+
+  [[nodiscard]] std::int64_t expectedRows() const;
+  [[nodiscard]] std::int64_t count(ClientState state) const;
+};
+
+/// Sets the state of each client by what was seen of it.
+void judgeClients(RunState& state);
+
+/// Every marker is fresh and every expected row is there.
+[[nodiscard]] bool isComplete(const RunState& state);
+
+/// Nothing more will come: no client is ready, running or late, and no further phase is waited for.
+[[nodiscard]] bool isOver(const RunState& state);
+
+/// Seconds until the last row comes, at the pace of the rows so far; nothing: it can't be told.
+[[nodiscard]] std::optional<std::int64_t> secondsLeft(const RunState& state);
+
+/// What is missing, a sentence each; empty: nothing is.
+[[nodiscard]] std::vector<std::string> lacks(const RunState& state);
+
+}  // namespace marrowbench::ctl
+
+#endif

@@ -1,0 +1,284 @@
+#include "marrowctl/fleet/run_watch.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <iostream>
+#include <utility>
+
+#include "marrowctl/fleet/finished_note.h"
+#include "marrowctl/fleet/folder_names.h"
+#include "marrowctl/fleet/leftovers.h"
+#include "marrowctl/fleet/open_file.h"
+#include "marrowctl/fleet/ready_file.h"
+#include "marrowctl/fleet/start_window.h"
+#include "marrowctl/plan/done_markers.h"
+#include "marrowctl/plan/expansion.h"
+#include "marrowctl/plan/make_plan.h"
+#include "marrowctl/plan/totals.h"
+#include "support/clock.h"
+#include "support/file_status.h"
+
+namespace marrowbench::ctl {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::int64_t kMsOfSecond = 1000;
+constexpr std::int64_t kClockEveryMs = 60'000;
+
+std::optional<std::int64_t> changedMs(const std::string& path) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) return std::nullopt;
+  return modifiedMs(status);
+}
+
+std::string textIn(const std::string& path) {
+  std::string text;
+  const OpenFile file(path, O_RDONLY);
+  if (file.isOpen() && file.read(text) != 0) text.clear();
+  return text;
+}
+
+// Calls `take` with the next numbers below `size`, all of them or `most`, and goes on behind the
+// last one in the next call.
+template <class Take>
+void inTurn(std::size_t size, std::size_t most, std::size_t& next, Take take) {
+  const std::size_t count = std::min(size, most);
+  for (std::size_t i = 0; i < count; ++i) {
+    if (next >= size) next = 0;
+    take(next++);
+  }
+}
+
+}  // namespace
+
+RunWatch::RunWatch(ControlFolder runFolder, const Wanted& wanted)
+    : folder(std::move(runFolder)), wantedClients(wanted.clients) {
+  seen.run = folder.run;
+  for (const std::string& host : wanted.hosts) {
+    invited.insert(host);
+    (void)indexOf(host);
+  }
+}
+
+void RunWatch::lookAt(std::size_t mostFiles) {
+  readClock();
+  readFolder();
+  if (isPlanWanting()) readPlan();
+  if (clientsOfTables != seen.clients.size()) addTables();
+  for (WatchedClient& client : seen.clients) client.markers = 0;
+  for (const PlannedFile& file : plan.files) {
+    if (leavesMarker(file)) readMarkers(file);
+  }
+  readTouches(mostFiles);
+  followTables(mostFiles);
+  readLocks(mostFiles);
+  takeStock();
+}
+
+// A folder that this machine may only read is as good: its clock is taken for the share's then.
+void RunWatch::readClock() {
+  std::int64_t now = 0;
+  nowMs(now);
+  if (!share || now - clockReadMs >= kClockEveryMs || now < clockReadMs) {
+    ClockReading reading{now, now, true};
+    (void)readShareClock(folder.control, reading);
+    share.emplace(reading);
+    clockReadMs = now;
+  }
+  seen.nowMs = share->nowMs();
+}
+
+void RunWatch::readFolder() {
+  readyHosts.clear();
+  std::set<std::string> finished;
+  const int code = forEachName(folder.path(), [&](const std::string& name) {
+    if (strangers.contains(name)) return;
+    if (name.starts_with(kReadyPrefix)) readyHosts.insert(name.substr(kReadyPrefix.size()));
+    if (name.starts_with(kFinishedPrefix)) finished.insert(name.substr(kFinishedPrefix.size()));
+  });
+  if (seen.publishedMs) {
+    const std::int64_t published = *seen.publishedMs;
+    std::erase_if(readyHosts, [&](const std::string& host) {
+      return isStranger(host, folder.ready(host), published - kGoneSeconds * kMsOfSecond);
+    });
+    std::erase_if(finished, [&](const std::string& host) {
+      return isStranger(host, folder.finished(host), published);
+    });
+  }
+  // Before the first client is armed there is no such folder.
+  if (code == ENOENT)
+    trouble = problemOfShare(folder);
+  else
+    trouble = code == 0 ? "" : folder.path() + ": " + std::strerror(code);
+  for (const std::string& host : readyHosts) {
+    WatchedClient& client = seen.clients[indexOf(host)];
+    client.finishedStatus.reset();
+    finishedHosts.erase(host);
+  }
+  for (const std::string& host : finished) {
+    if (!readyHosts.contains(host) && finishedHosts.insert(host).second) readFinished(host);
+  }
+}
+
+// Files of clients that had gone before the run was published are those of an earlier one.
+bool RunWatch::isStranger(const std::string& host, const std::string& file, std::int64_t leastMs) {
+  if (indices.contains(host) || changedMs(file).value_or(0) >= leastMs) return false;
+  strangers.insert(file.substr(file.rfind('/') + 1));
+  return true;
+}
+
+void RunWatch::readFinished(const std::string& host) {
+  WatchedClient& client = seen.clients[indexOf(host)];
+  const auto note = finishedNoteFrom(textIn(folder.finished(host)));
+  client.touchedMs.reset();
+  client.finishedStatus = note ? note->status : 0;
+  client.finishedMessage = note ? note->message : "";
+}
+
+bool RunWatch::isPlanWanting() const {
+  if (!seen.publishedMs) return true;
+  return !seen.awaited.empty() && fileStatus(seen.awaited.c_str());
+}
+
+void RunWatch::readPlan() {
+  seen.publishedMs = changedMs(folder.settings());
+  if (!seen.publishedMs) return;
+  // One host: what all of them come to is a matter of counting.
+  plan = makePlan({{folder.settings()}, {"host"}, 0, {}}, std::cin);
+  seen.rowsPerClient = totalsOf(plan).rowsPerClient;
+  seen.awaited.clear();
+  seen.markersPerClient = 0;
+  for (const PlannedFile& file : plan.files) {
+    if (!file.exists) seen.awaited = file.path;
+    if (leavesMarker(file)) ++seen.markersPerClient;
+  }
+  owners = RowOwners(plan);
+  seen.knowsOwners = owners.knowAll();
+  takeNotes();
+  forgetOthers();
+  const StartWindow window = windowFrom(*seen.publishedMs, clocks);
+  seen.startMs = window.startMs - clocks.slowestMs;
+  clientsOfTables = SIZE_MAX;
+}
+
+void RunWatch::takeNotes() {
+  for (int phase = 1;; ++phase) {
+    const auto note = publishedNoteFrom(textIn(folder.published(phase)));
+    if (!note) return;
+    takeNote(*note);
+  }
+}
+
+void RunWatch::takeNote(const PublishedNote& note) {
+  for (const std::string& host : note.hosts) {
+    invited.insert(host);
+    (void)indexOf(host);
+  }
+  if (note.phase == 1) clocks = note.clocks;
+  for (const auto& [table, bytes] : note.tables) {
+    // Of a table that is written to in several phases the first size counts.
+    rowsBefore.try_emplace(table.starts_with('/') ? table : folder.file(table), bytes);
+  }
+}
+
+bool RunWatch::takesPart(const WatchedClient& client) const {
+  if (invited.contains(client.host)) return true;
+  const std::int64_t published = *seen.publishedMs;
+  if (readyHosts.contains(client.host))
+    return changedMs(folder.ready(client.host)).value_or(0) >=
+           published - kGoneSeconds * kMsOfSecond;
+  return changedMs(folder.finished(client.host)).value_or(0) >= published;
+}
+
+void RunWatch::forgetOthers() {
+  std::erase_if(seen.clients, [this](const WatchedClient& each) { return !takesPart(each); });
+  indices.clear();
+  for (std::size_t i = 0; i < seen.clients.size(); ++i) indices.emplace(seen.clients[i].host, i);
+}
+
+void RunWatch::addTables() {
+  clientsOfTables = seen.clients.size();
+  plan.hosts.clear();
+  for (const WatchedClient& client : seen.clients) plan.hosts.push_back(client.host);
+  for (std::string& table : tablesOf(plan)) {
+    if (!knownTables.insert(table).second) continue;
+    const auto before = rowsBefore.find(table);
+    tables.emplace_back(std::move(table), before == rowsBefore.end() ? 0 : before->second);
+  }
+}
+
+void RunWatch::readMarkers(const PlannedFile& file) {
+  const std::string marker = markerOf(file, "");
+  const std::string doneFolder = fs::path(marker).parent_path().string();
+  (void)forEachName(doneFolder, [&](const std::string& name) {
+    if (!name.starts_with(kDonePrefix)) return;
+    const std::string path = doneFolder + "/" + name;
+    if (!freshMarkers.contains(path)) {
+      // One of an earlier run may be written anew at any time: it is asked again.
+      const auto changed = changedMs(path);
+      if (!changed || *changed < *seen.publishedMs) return;
+      freshMarkers.insert(path);
+    }
+    const auto known = indices.find(name.substr(kDonePrefix.size()));
+    if (known != indices.end()) ++seen.clients[known->second].markers;
+  });
+}
+
+void RunWatch::readTouches(std::size_t most) {
+  inTurn(seen.clients.size(), most, nextReady, [this](std::size_t i) {
+    WatchedClient& client = seen.clients[i];
+    if (readyHosts.contains(client.host)) client.touchedMs = changedMs(folder.ready(client.host));
+  });
+}
+
+void RunWatch::followTables(std::size_t most) {
+  inTurn(tables.size(), most, nextTable, [this](std::size_t i) {
+    TableFollower& table = tables[i];
+    table.follow([&](const RowCells& cells) { takeRow(cells, table.path()); });
+    if (table.rows() > 0) seen.lastRowMs = std::max(seen.lastRowMs.value_or(0), table.changedMs());
+  });
+}
+
+void RunWatch::takeRow(const RowCells& cells, const std::string& table) {
+  ++seen.rows;
+  const std::string_view owner = owners.ownerOf(cells.source, cells.dest, table);
+  const auto known = indices.find(std::string(owner));
+  if (known == indices.end()) return;
+  WatchedClient& client = seen.clients[known->second];
+  ++client.rows;
+  if (!client.firstRowSeenMs) client.firstRowSeenMs = seen.nowMs;
+}
+
+void RunWatch::readLocks(std::size_t most) {
+  // Those that are not asked this time are taken for free: locks are held for moments.
+  seen.locks.clear();
+  inTurn(tables.size(), most, nextLock, [this](std::size_t i) {
+    const std::string path = lockOf(tables[i].path());
+    const auto changed = changedMs(path);
+    if (changed) seen.locks.push_back({path, std::max<std::int64_t>(seen.nowMs - *changed, 0)});
+  });
+}
+
+std::size_t RunWatch::indexOf(const std::string& host) {
+  const auto known = indices.find(host);
+  if (known != indices.end()) return known->second;
+  const std::size_t at = seen.clients.size();
+  seen.clients.emplace_back().host = host;
+  indices.emplace(host, at);
+  return at;
+}
+
+void RunWatch::takeStock() {
+  const auto known = static_cast<std::int64_t>(seen.clients.size());
+  seen.namelessClients = std::max<std::int64_t>(wantedClients - known, 0);
+  judgeClients(seen);
+}
+
+}  // namespace marrowbench::ctl
