@@ -26,6 +26,8 @@ constexpr std::array kActions = {
     Subcommand{"fleet arm", "Make this machine a client that waits for a run", readArm},
     Subcommand{"fleet publish", "Start all clients that wait, in one minute", readPublish},
     Subcommand{"fleet watch", "Show how far a run is, until it is complete", readWatch},
+    Subcommand{"fleet conduct", "Start one phase after the other, each for all clients together",
+               readConduct},
 };
 
 std::string_view wordOf(const Subcommand& action) {

@@ -44,6 +44,7 @@ void addWanted(OptionSet& options, WantedOptions& values);
 [[nodiscard]] Command readArm(const Subcommand& self, Arguments arguments);
 [[nodiscard]] Command readPublish(const Subcommand& self, Arguments arguments);
 [[nodiscard]] Command readWatch(const Subcommand& self, Arguments arguments);
+[[nodiscard]] Command readConduct(const Subcommand& self, Arguments arguments);
 
 }  // namespace marrowbench::ctl
 
