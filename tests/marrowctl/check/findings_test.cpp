@@ -688,6 +688,15 @@ TEST(Findings, AllowedOnesAreLeftOutErrorsToo) {
   EXPECT_TRUE(settings.findings(line + "# marrowctl: allow no-log bad-number\n").empty());
 }
 
+TEST(Findings, ErrorsStayWhereOnlyOthersMayBeAllowed) {
+  const SettingsFolder settings;
+  const Plan plan = settings.plan(
+      "posix;0;0;0;4K;0;4;1;0;MEMORY;d.bin; ;r.csv;true\n"
+      "# marrowctl: allow no-log bad-number\n");
+  EXPECT_EQ(namesOf(check(plan, totalsOf(plan), Allowance::allButErrors)),
+            std::vector<std::string>{"bad-number"});
+}
+
 TEST(Findings, AreAllowedInTheFileOfTheCommentOnly) {
   const SettingsFolder settings;
   const std::string line = "posix;0;0;0;4;0;4;1;0;MEMORY;d.bin; ;r.csv\n";
