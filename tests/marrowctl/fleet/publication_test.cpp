@@ -183,7 +183,7 @@ TEST_F(PublicationTest, KnowsTheTablesOfAllClientsAndIterations) {
             (Names{place("c1.csv"), place("c2.csv"), place("r0.csv"), place("r1.csv")}));
 }
 
-TEST_F(PublicationTest, DraftsAppearAtOnceAndTheLastOneLast) {
+TEST_F(PublicationTest, DraftsAppearWithTheirTexts) {
   Drafts drafts;
   ASSERT_EQ(drafts.write({{place("a.bst"), "one"}, {place("b.bst"), "two"}}), "");
   EXPECT_FALSE(test::exists(place("a.bst").c_str()));
@@ -192,6 +192,14 @@ TEST_F(PublicationTest, DraftsAppearAtOnceAndTheLastOneLast) {
   EXPECT_EQ(test::readFile(place("b.bst").c_str()), "two");
   const auto files = std::filesystem::directory_iterator(folder.path());
   EXPECT_EQ(std::distance(begin(files), end(files)), 2);
+}
+
+TEST_F(PublicationTest, TheLastDraftAppearsOnlyBehindTheOthers) {
+  std::filesystem::create_directory(place("b.bst"));
+  Drafts drafts;
+  ASSERT_EQ(drafts.write({{place("a.bst"), "one"}, {place("b.bst"), "two"}}), "");
+  EXPECT_EQ(drafts.publish(place("a.bst")), place("b.bst") + ": Is a directory");
+  EXPECT_FALSE(test::exists(place("a.bst").c_str()));
 }
 
 TEST_F(PublicationTest, DraftsThatDoNotAppearGoAway) {

@@ -122,7 +122,7 @@ TEST(WrongClocks, AreAMatterOfMoreThanASecond) {
   EXPECT_EQ(wrongClocks(rollWithOffsets({}), 0), Names{});
   EXPECT_EQ(wrongClocks(rollWithOffsets({0, 1000}), 0), Names{});
   EXPECT_NE(wrongClocks(rollWithOffsets({0, 1001}), 0), Names{});
-  EXPECT_EQ(wrongClocks(rollWithOffsets({0, 1001}), 1000), Names{}) << "times are whole seconds";
+  EXPECT_EQ(wrongClocks(rollWithOffsets({0, 2000}), 1000), Names{}) << "times are whole seconds";
   EXPECT_NE(wrongClocks(rollWithOffsets({0, 2001}), 1000), Names{});
   EXPECT_NE(wrongClocks(rollWithOffsets({-600, 0, 600}), 0), Names{}) << "of any two";
 }
