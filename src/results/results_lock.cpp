@@ -22,6 +22,12 @@ constexpr std::int32_t kPauseMs = 250;
 FixedString createName(const WideFixedString& name) { return narrowedText<249>(name).view(); }
 FixedString ageName(const WideFixedString& name) { return narrowedText<499>(name).view(); }
 
+WideFixedString lockName(const WideFixedString& resultsPath) {
+  WideFixedString name = resultsPath;
+  name.append(u"_lock.txt");
+  return name;
+}
+
 bool pathExists(const FixedString& path) {
   struct stat status {};
   return stat(path.c_str(), &status) == 0;
@@ -36,10 +42,12 @@ void setWaited(int* waitedMs, int value) {
 
 }  // namespace
 
-ResultsLock::ResultsLock(const WideFixedString& resultsPath)
-    : name(resultsPath), mayBeAged(resultsPath.length() < WideFixedString::capacity()) {
-  name.append(u"_lock.txt");
+FixedString lockFileOf(const WideFixedString& resultsPath) {
+  return createName(lockName(resultsPath));
 }
+
+ResultsLock::ResultsLock(const WideFixedString& resultsPath)
+    : name(lockName(resultsPath)), mayBeAged(resultsPath.length() < WideFixedString::capacity()) {}
 
 ResultsLock::~ResultsLock() { release(); }
 

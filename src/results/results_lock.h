@@ -13,6 +13,10 @@
 
 namespace marrowbench {
 
+/// The file that is the lock of a results table, for tables whose path is shorter than 249
+/// characters: longer ones leave no name for it.
+[[nodiscard]] FixedString lockFileOf(const WideFixedString& resultsPath);
+
 /// Makes the clients that append to one results file take turns, across machines, by a lock file
 /// beside it: created exclusively, kept open while the row is appended, then deleted.
 ///
