@@ -28,6 +28,7 @@ constexpr std::array kActions = {
     Subcommand{"fleet watch", "Show how far a run is, until it is complete", readWatch},
     Subcommand{"fleet conduct", "Start one phase after the other, each for all clients together",
                readConduct},
+    Subcommand{"fleet probe", "Say what a share does with files, locks and times", readProbe},
     Subcommand{"fleet recipe", "Print what arms all clients through an engine you have",
                readRecipe},
 };

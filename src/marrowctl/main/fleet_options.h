@@ -45,6 +45,7 @@ void addWanted(OptionSet& options, WantedOptions& values);
 [[nodiscard]] Command readPublish(const Subcommand& self, Arguments arguments);
 [[nodiscard]] Command readWatch(const Subcommand& self, Arguments arguments);
 [[nodiscard]] Command readConduct(const Subcommand& self, Arguments arguments);
+[[nodiscard]] Command readProbe(const Subcommand& self, Arguments arguments);
 [[nodiscard]] Command readRecipe(const Subcommand& self, Arguments arguments);
 
 }  // namespace marrowbench::ctl

@@ -1,0 +1,73 @@
+#include "marrowctl/fleet/mounts.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string_view>
+#include <system_error>
+
+namespace marrowbench::ctl {
+namespace {
+
+bool isOctal(char byte) { return byte >= '0' && byte <= '7'; }
+
+// The kernel writes blanks, tabs, line feeds and backslashes as "\040".
+std::string unescaped(const std::string& field) {
+  constexpr std::size_t kDigits = 3;
+  std::string text;
+  for (std::size_t i = 0; i < field.size(); ++i) {
+    const bool isEscape = field[i] == '\\' && i + kDigits < field.size() && isOctal(field[i + 1]) &&
+                          isOctal(field[i + 2]) && isOctal(field[i + 3]);
+    if (isEscape) {
+      text += static_cast<char>((field[i + 1] - '0') * 64 + (field[i + 2] - '0') * 8 +
+                                (field[i + 3] - '0'));
+      i += kDigits;
+    } else {
+      text += field[i];
+    }
+  }
+  return text;
+}
+
+bool liesOn(const std::string& path, const std::string& point) {
+  return point == "/" || path == point || path.starts_with(point + "/");
+}
+
+// "source point type options 0 0"
+std::optional<Mount> readMount(const std::string& line) {
+  std::istringstream words(line);
+  Mount mount;
+  if (!(words >> mount.source >> mount.point >> mount.type >> mount.options)) return std::nullopt;
+  mount.source = unescaped(mount.source);
+  mount.point = unescaped(mount.point);
+  mount.options = unescaped(mount.options);
+  return mount;
+}
+
+}  // namespace
+
+bool Mount::has(const std::string& option) const {
+  return ("," + options + ",").find("," + option + ",") != std::string::npos;
+}
+
+std::optional<Mount> mountIn(std::istream& mounts, const std::string& path) {
+  std::optional<Mount> best;
+  for (std::string line; std::getline(mounts, line);) {
+    const std::optional<Mount> mount = readMount(line);
+    if (!mount || !liesOn(path, mount->point)) continue;
+    // Of two on one point the later one covers the other.
+    if (!best || mount->point.size() >= best->point.size()) best = mount;
+  }
+  return best;
+}
+
+std::optional<Mount> mountOf(const std::string& folder) {
+  std::error_code code;
+  const std::filesystem::path path = std::filesystem::canonical(folder, code);
+  if (code) return std::nullopt;
+  std::ifstream mounts("/proc/self/mounts");
+  return mountIn(mounts, path.string());
+}
+
+}  // namespace marrowbench::ctl
