@@ -35,8 +35,9 @@ class Ctl:
         if "stdout" not in options:
             options["stdout"] = subprocess.PIPE
         # A million rows take sanitizers minutes.
-        return subprocess.run([*COMMAND, *map(str, arguments)], cwd=self.folder, timeout=600, text=True,
-                              stderr=subprocess.PIPE, **options)
+        return subprocess.run([*COMMAND, *map(str, arguments)], text=True,
+                              cwd=options.pop("cwd", self.folder),
+                              timeout=options.pop("timeout", 600), stderr=subprocess.PIPE, **options)
 
     def write(self, name, text):
         path = self.folder / name

@@ -21,6 +21,7 @@ namespace {
 
 // As long as network clients remember that a name does not exist, and a little more.
 constexpr double kSecondsUntilShown = 65;
+constexpr double kQuickSecondsUntilShown = 6;
 
 // Host and process are for people; two containers may have both in common.
 std::string folderName() {
@@ -65,10 +66,11 @@ std::string problemWith(const std::string& path, int code) {
 
 void probeIn(const ProbeFolder& folder, ProbeOutcome& outcome) {
   const ProbeOptions& asked = outcome.probe.asked;
-  const bool isShown = folder.second.empty() || isShownWithin(folder.second, kSecondsUntilShown);
+  const double limit = folder.isQuick ? kQuickSecondsUntilShown : kSecondsUntilShown;
+  const bool isShown = folder.second.empty() || isShownWithin(folder.second, limit);
   if (isShown) return tryAll(folder, outcome.probe);
   outcome.problem = asked.second + ": it does not show what is made in " + asked.folder +
-                    ": another share, or its files are seen more than a minute late";
+                    ": another share, or its files are seen late";
 }
 
 }  // namespace

@@ -71,16 +71,24 @@ bool hasControlCharacters(std::string_view text) {
   });
 }
 
+bool isUtf8(const std::string& text) { return repairedUtf8(text) == text; }
+
+std::string problemOfText(Engine engine, const std::string& text) {
+  const std::string shown = printable(text);
+  if (hasControlCharacters(text))
+    return shown + " has a control character, which no recipe can hold";
+  const bool isYaml = engine == Engine::ansible || engine == Engine::kubernetes;
+  if (isYaml && !isUtf8(text)) return shown + " is no UTF-8, which a YAML file can't hold";
+  if (engine == Engine::parallel && text.find('{') != std::string::npos)
+    return shown + " has a \"{\", for which GNU parallel puts something else";
+  return {};
+}
+
 std::string problemOf(Engine engine, const RecipeOptions& options) {
   for (const std::string& text :
        {options.folder.control, options.program, options.image, options.mount, options.claim}) {
-    if (hasControlCharacters(text))
-      return printable(text) + " has a control character, which no recipe can hold";
-    const bool isYaml = engine == Engine::ansible || engine == Engine::kubernetes;
-    if (isYaml && repairedUtf8(text) != text)
-      return printable(text) + " is no UTF-8, and " +
-             std::string(engineNames().at(static_cast<std::size_t>(engine))) +
-             " takes nothing else";
+    const std::string problem = problemOfText(engine, text);
+    if (!problem.empty()) return problem;
   }
   const std::string problem = problemOfHosts(options.hosts);
   if (!problem.empty() || engine != Engine::kubernetes) return problem;

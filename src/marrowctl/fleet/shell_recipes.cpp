@@ -12,6 +12,13 @@ std::string remoteCommand(const RecipeOptions& options) {
   return shellWord(shellCommand(armCommand(options, Stay::detached)));
 }
 
+// pdsh puts host, user and number for %h, %u and %n, and takes "%%" for "%".
+std::string withoutPercents(const std::string& command) {
+  std::string text;
+  for (const char byte : command) text += byte == '%' ? std::string("%%") : std::string(1, byte);
+  return text;
+}
+
 std::string window(const RecipeOptions& options, const char* option) {
   const std::size_t atATime = fanOutOf(options.hosts.size());
   if (atATime == options.hosts.size()) return fmt::format("All at once ({} {}).", option, atATime);
@@ -35,9 +42,10 @@ std::string clushRecipe(const RecipeOptions& options) {
 }
 
 std::string pdshRecipe(const RecipeOptions& options) {
+  const std::string command = withoutPercents(remoteCommand(options));
   return headOf(options, "pdsh", window(options, "-f")) +
          fmt::format("pdsh -R ssh -S -f {} -w {} \\\n  {}\n", fanOutOf(options.hosts.size()),
-                     shellWord(foldedNames(options.hosts)), remoteCommand(options)) +
+                     shellWord(foldedNames(options.hosts)), command) +
          whatFollows(options);
 }
 

@@ -31,6 +31,8 @@ constexpr std::array kActions = {
     Subcommand{"fleet probe", "Say what a share does with files, locks and times", readProbe},
     Subcommand{"fleet recipe", "Print what arms all clients through an engine you have",
                readRecipe},
+    Subcommand{"fleet unlock", "Show the lock of a results table, and remove an old one",
+               readUnlock},
 };
 
 std::string_view wordOf(const Subcommand& action) {

@@ -47,6 +47,7 @@ void addWanted(OptionSet& options, WantedOptions& values);
 [[nodiscard]] Command readConduct(const Subcommand& self, Arguments arguments);
 [[nodiscard]] Command readProbe(const Subcommand& self, Arguments arguments);
 [[nodiscard]] Command readRecipe(const Subcommand& self, Arguments arguments);
+[[nodiscard]] Command readUnlock(const Subcommand& self, Arguments arguments);
 
 }  // namespace marrowbench::ctl
 

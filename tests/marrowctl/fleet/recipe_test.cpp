@@ -88,6 +88,9 @@ TEST(MakeRecipe, RefusesPathsThatItCannotHold) {
   EXPECT_EQ(makeRecipe(Engine::pdsh, options).problem, "");
   EXPECT_TRUE(holds(makeRecipe(Engine::ansible, options).problem, "no UTF-8"));
   EXPECT_TRUE(holds(makeRecipe(Engine::kubernetes, options).problem, "no UTF-8"));
+  options.folder.control = "/srv/{x}";
+  EXPECT_EQ(makeRecipe(Engine::pdsh, options).problem, "");
+  EXPECT_TRUE(holds(makeRecipe(Engine::parallel, options).problem, "has a \"{\""));
 }
 
 TEST(MakeRecipe, RefusesWhatCannotBeAPod) {
