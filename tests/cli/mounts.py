@@ -39,6 +39,10 @@ class Mounts:
     def memory(self, options):
         return self.mount("memory", "-t", "tmpfs", "-o", options, "marrowbench")
 
+    def same(self, name, folder):
+        """The same folder a second time."""
+        return self.mount(name, "--bind", folder)
+
     def disk(self, kind, mebibytes):
         """A file system of its own in the file disk.img."""
         if shutil.which(f"mkfs.{kind}") is None:
@@ -49,13 +53,13 @@ class Mounts:
         subprocess.run([f"mkfs.{kind}", "-q", image], check=True, capture_output=True)
         return self.mount(kind, "-o", "loop", image)
 
-    def faulty(self, shown, *fault):
+    def faulty(self, shown, *fault, name="faulty"):
         """A mount that shows a folder with a fault, see fault_fs.py."""
         if importlib.util.find_spec("fusepy") is None:
             pytest.skip("needs python3-fusepy")
         if not os.path.exists("/dev/fuse"):
             pytest.skip("needs /dev/fuse")
-        path = self.point("faulty")
+        path = self.point(name)
         server = subprocess.Popen([sys.executable, HERE / "fault_fs.py", shown, path, *fault],
                                   stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
         self.ends.callback(end_server, server)

@@ -25,7 +25,7 @@ ROOMS = {
     "table": {"plan"},
     "report": {"table", "plan"},
     "run": {"plan", "table"},
-    "fleet": {"plan", "check", "table", "report"},
+    "fleet": {"plan", "check", "table", "report", "core results"},
     "main": {"support", "plan", "check", "sweep", "table", "report", "run", "fleet"},
 }
 
@@ -138,7 +138,7 @@ def system_headers(path):
 
 
 def foreign_headers():
-    known = {"cpuid.h", "fcntl.h", "glob.h", "unistd.h", "immintrin.h", "spawn.h", "sys/ioctl.h", "sys/mman.h",
+    known = {"cpuid.h", "fcntl.h", "glob.h", "unistd.h", "immintrin.h", "poll.h", "spawn.h", "sys/ioctl.h", "sys/mman.h",
              "sys/stat.h", "sys/statvfs.h", "sys/time.h", "sys/types.h", "sys/utsname.h", "sys/wait.h"}
     return [(name_of(path), header) for path in files() for header in system_headers(path)
             if header not in known]

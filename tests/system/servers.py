@@ -10,6 +10,7 @@ from machines import signal_all
 from program_bench import wait_until
 
 MOUNT_POINT = "/run/share"
+SECOND_MOUNT_POINT = "/run/again"
 
 
 class Server:
@@ -48,7 +49,12 @@ class Server:
         client.run("mkdir", MOUNT_POINT)
         self.mount(client)
 
-    def mount(self, client):
+    def mount_again(self, client):
+        """A second mount on a client, which keeps in mind what it has seen for itself."""
+        client.run("mkdir", SECOND_MOUNT_POINT)
+        self.mount(client, SECOND_MOUNT_POINT)
+
+    def mount(self, client, point=MOUNT_POINT):
         raise NotImplementedError
 
     def wait_for_port(self, port):
@@ -91,9 +97,9 @@ end-volume
     def gluster(self, *arguments):
         self.host.run("gluster", "--mode=script", "--glusterd-sock=/run/glusterd.sock", *arguments)
 
-    def mount(self, client):
+    def mount(self, client, point=MOUNT_POINT):
         client.run("glusterfs", f"--volfile-server={SERVER_ADDRESS}", "--volfile-id=bench",
-                   "-l", "/run/glusterfs.log", MOUNT_POINT)
+                   "-l", "/run/glusterfs.log", point)
 
 
 class Sshfs(Server):
@@ -123,8 +129,8 @@ class Sshfs(Server):
                           "MaxStartups=100", "Subsystem=sftp internal-sftp"))
         self.wait_for_port(22)
 
-    def mount(self, client):
-        client.run("sshfs", f"root@{SERVER_ADDRESS}:{self.data}", MOUNT_POINT, "-F", "/dev/null",
+    def mount(self, client, point=MOUNT_POINT):
+        client.run("sshfs", f"root@{SERVER_ADDRESS}:{self.data}", point, "-F", "/dev/null",
                    *with_o(*self.options, *self.recovery, "BatchMode=yes",
                             f"IdentityFile={self.folder}/client_key",
                             "StrictHostKeyChecking=no", "UserKnownHostsFile=/dev/null"))
@@ -161,11 +167,11 @@ EXPORT {{ Export_Id = 1; Path = {self.data}; Pseudo = /bench; Access_Type = RW;
                       "-p", "/run/ganesha/pid")
         self.wait_for_port(2049)
 
-    def mount(self, client):
+    def mount(self, client, point=MOUNT_POINT):
         client.run("/run/modprobe", "-a", "nfs", "nfsv4")
         # Else a client that looked in vain for the settings file may not see it for a minute.
-        client.run("mount", "-t", "nfs", "-o", "vers=4.1,lookupcache=positive",
-                   f"{SERVER_ADDRESS}:/bench", MOUNT_POINT)
+        client.run("mount", "-t", "nfs", "-o", "vers=4.1,lookupcache=positive,nosharecache",
+                   f"{SERVER_ADDRESS}:/bench", point)
 
 
 class Smb(Server):
@@ -209,11 +215,11 @@ class Smb(Server):
         self.host.run("smbd", "-D", "-s", self.settings, "-l", self.folder / "log")
         self.wait_for_port(445)
 
-    def mount(self, client):
+    def mount(self, client, point=MOUNT_POINT):
         # The ciphers, too: a mount loads them, but does not wait until they are there.
         client.run("/run/modprobe", "-a", "cryptomgr", "hmac", "cmac", "ccm", "gcm", "ctr", "cifs")
-        client.run("mount", "-t", "cifs", f"//{SERVER_ADDRESS}/bench", MOUNT_POINT,
-                   "-o", f"vers=3.0,username=root,password={self.password}")
+        client.run("mount", "-t", "cifs", f"//{SERVER_ADDRESS}/bench", point,
+                   "-o", f"vers=3.0,nosharesock,username=root,password={self.password}")
 
 
 def with_o(*texts):

@@ -1,0 +1,249 @@
+"""What a share does, good ones and such as break a rule."""
+
+import contextlib
+import json
+import os
+import re
+import signal
+import subprocess
+
+import pytest
+
+from conftest import COMMAND, ROOT
+from mounts import Mounts
+from program_bench import wait_until
+
+SCHEMA = json.loads((ROOT / "docs/schemas/probe.schema.json").read_text())
+
+
+@pytest.fixture
+def mounts(ctl):
+    if os.geteuid() != 0:
+        pytest.skip("mounting needs root")
+    with contextlib.ExitStack() as ends:
+        yield Mounts(ctl, ends)
+
+
+@pytest.fixture
+def share(ctl):
+    folder = ctl.folder / "share"
+    folder.mkdir()
+    return folder
+
+
+def probe(ctl, *folders, status=0, seconds=60, options=("--quick",)):
+    """The document of a probe, which leaves nothing behind."""
+    done = ctl.run("fleet", "probe", "--json", *options, *folders, timeout=seconds)
+    assert (done.returncode, done.stderr) == (status, ""), done.stdout
+    for folder in folders:
+        assert list(folder.iterdir()) == []
+    return json.loads(done.stdout)
+
+
+def test_good_share_takes_one_table(ctl, share):
+    found = probe(ctl, share)
+    assert (found["verdict"], found["reasons"], found["clients"]) == ("one table", [], 40)
+    races, rows = found["exclusiveCreate"], found["rows"]
+    assert (races["rounds"], races["oneWinner"], races["otherAnswers"]) == (20, 20, [])
+    assert (rows["kept"], rows["headers"], rows["leavesLock"]) == (rows["told"], 1, False)
+    assert rows["told"] == rows["clients"] * 3
+    assert found["secondMount"] is None
+    assert any("one mount of one machine" in note for note in found["notes"])
+
+
+def test_whole_probe_tries_more(ctl, share):
+    found = probe(ctl, share, share, options=())
+    assert found["quick"] is False and found["verdict"] == "one table"
+    assert found["exclusiveCreate"]["rounds"] == found["exclusiveCreate"]["oneWinner"] > 20
+    assert found["rows"]["told"] == found["rows"]["kept"] == 80
+    second = found["secondMount"]
+    for name in ("newFile", "newFileLookedFor", "newFileListed", "removedFile", "changedFile", "replacedFile"):
+        assert second[name]["files"] == 3 and second[name]["unseen"] == 0, name
+        assert second[name]["medianSeconds"] <= second[name]["longestSeconds"] < 5, name
+
+
+def test_text_says_the_same(ctl, share):
+    done = ctl.run("fleet", "probe", "--quick", share, share)
+    assert (done.returncode, done.stderr) == (0, "")
+    assert re.search(r"^Exclusive create +one winner in 20 of 20 rounds, 8 processes each$", done.stdout, re.M)
+    assert re.search(r"^Rows +one takes .*; 12 of 12 rows kept that 4 clients wrote at once$", done.stdout, re.M)
+    assert re.search(r"^  a removed file +[\d.]+ ms +[\d.]+ ms$", done.stdout, re.M)
+    assert "\nOne table is safe, for up to 40 clients that finish in step.\n" in done.stdout
+
+
+@pytest.mark.parametrize("two", [False, True])
+@pytest.mark.parametrize("options", [("--quick",), ()])
+def test_document_follows_its_schema(ctl, share, two, options):
+    jsonschema = pytest.importorskip("jsonschema", reason="needs jsonschema")
+    jsonschema.Draft202012Validator.check_schema(SCHEMA)
+    document = probe(ctl, *[share] * (1 + two), options=options)
+    jsonschema.validate(document, SCHEMA)
+    for name in document:
+        with pytest.raises(jsonschema.ValidationError):
+            jsonschema.validate({key: value for key, value in document.items() if key != name}, SCHEMA)
+
+
+def test_several_probes_of_one_folder_do_not_disturb_each_other(ctl, share):
+    probes = [subprocess.Popen([*COMMAND, "fleet", "probe", "--quick", "--json", share], text=True,
+                               stdout=subprocess.PIPE, stderr=subprocess.PIPE) for _ in range(6)]
+    for each in probes:
+        output, messages = each.communicate(timeout=120)
+        assert (each.returncode, messages) == (0, ""), output
+        rows = json.loads(output)["rows"]
+        assert rows["told"] == rows["kept"] == 12
+    assert list(share.iterdir()) == []
+
+
+@pytest.mark.parametrize("number", [signal.SIGINT, signal.SIGTERM, signal.SIGHUP])
+def test_a_signal_ends_it_without_leftovers(ctl, share, number):
+    process = subprocess.Popen([*COMMAND, "fleet", "probe", share], stdout=subprocess.DEVNULL,
+                               start_new_session=True)
+    wait_until(lambda: list(share.glob(".marrowctl_probe_*/race_*")))
+    os.killpg(process.pid, number)
+    assert process.wait(timeout=30) == -number
+    assert list(share.iterdir()) == []
+    with pytest.raises(ProcessLookupError):
+        os.killpg(process.pid, 0)
+
+
+def test_members_end_with_a_probe_that_is_killed(ctl, share):
+    process = subprocess.Popen([*COMMAND, "fleet", "probe", share], stdout=subprocess.DEVNULL,
+                               start_new_session=True)
+    wait_until(lambda: list(share.glob(".marrowctl_probe_*/race_*")))
+    process.kill()
+    process.wait(timeout=30)
+
+    def is_gone():
+        try:
+            os.killpg(process.pid, 0)
+        except ProcessLookupError:
+            return True
+        return False
+    wait_until(is_gone)
+
+
+@pytest.mark.parametrize("arguments, message", [
+    (["missing"], "missing: No such file or directory"),
+    (["file"], "file: Not a directory"),
+    (["share", "file"], "file: Not a directory"),
+    (["share", "other"], "other: it does not show what is made in share: another share, or its files are "
+                         "seen late"),
+])
+def test_what_is_no_folder_of_a_share_is_told(ctl, share, arguments, message):
+    ctl.write("file", "")
+    (ctl.folder / "other").mkdir()
+    done = ctl.run("fleet", "probe", "--quick", *arguments)
+    assert (done.returncode, done.stdout) == (2, "")
+    assert done.stderr == f"marrowctl fleet probe: {message}\n"
+    assert list(share.iterdir()) == []
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason="needs root to become somebody who may not write")
+def test_a_folder_that_nobody_may_write_to_is_told(ctl, share):
+    share.chmod(0o755)
+    ctl.folder.parent.chmod(0o755)
+    done = ctl.run("fleet", "probe", "share", user=65534)
+    assert (done.returncode, done.stderr) == (2, "marrowctl fleet probe: share: Permission denied\n")
+
+
+def test_memory_is_named_and_takes_one_table(ctl, mounts):
+    found = probe(ctl, mounts.memory("size=50m"))
+    assert found["folders"][0]["mount"]["type"] == "tmpfs"
+    assert found["verdict"] == "one table"
+    assert found["preallocation"] == {"accepted": True, "refusal": None}
+    assert found["times"]["granularityNanoseconds"] == 1
+    assert found["times"]["leastAheadSeconds"] <= 0.01 and found["times"]["mostAheadSeconds"] >= -0.01
+
+
+def test_full_share_is_not_usable(ctl, mounts):
+    share = mounts.memory("size=64k")
+    with contextlib.suppress(OSError), open(share / "full", "wb", buffering=0) as file:
+        while True:
+            file.write(bytes(4096))
+    done = ctl.run("fleet", "probe", "--quick", share)
+    assert done.returncode == 1
+    assert "Not usable.\n  - a file can't be written: No space left on device\n" in done.stdout
+    assert [path.name for path in share.iterdir()] == ["full"]
+
+
+def test_two_mounts_of_one_folder(ctl, mounts, share):
+    found = probe(ctl, share, mounts.same("again", share))
+    assert found["verdict"] == "one table"
+    assert [each["mount"]["point"] for each in found["folders"]][1] == str(ctl.folder / "again")
+    assert found["secondMount"]["removedFile"]["unseen"] == 0
+    assert not any("one mount" in note for note in found["notes"])
+
+
+def test_create_that_several_win_forbids_one_table(ctl, mounts, share):
+    mount = mounts.faulty(share, "late", "name=race_*", "length=500")
+    found = probe(ctl, mount, status=1)
+    assert found["verdict"] == "own tables"
+    assert found["exclusiveCreate"]["severalWinners"] == found["exclusiveCreate"]["rounds"] > 0
+    assert "several winners" in found["reasons"][0]
+
+
+def test_two_mounts_that_do_not_ask_each_other_forbid_one_table(ctl, mounts, share):
+    one, two = (mounts.faulty(share, "none", "name=race_*", "length=20", name=name) for name in ("one", "two"))
+    found = probe(ctl, one, two, status=1)
+    assert found["verdict"] == "own tables"
+    races = found["exclusiveCreate"]
+    # Each mount by itself lets one win.
+    assert races["severalWinners"] > races["rounds"] / 2
+    assert probe(ctl, one)["exclusiveCreate"]["severalWinners"] == 0
+
+
+def test_rows_that_a_share_loses_forbid_one_table(ctl, mounts, share):
+    # Those of one client still fit.
+    found = probe(ctl, mounts.faulty(share, "drop", "name=table.csv", "at=500"), status=1)
+    assert found["verdict"] == "own tables"
+    rows = found["rows"]
+    assert 0 < rows["kept"] < rows["told"] <= 12
+    assert found["reasons"] == [f"{rows['told'] - rows['kept']} of {rows['told']} rows that were told to be "
+                                "written are not in the table"]
+
+
+def test_share_that_loses_the_rows_of_one_client_is_not_usable(ctl, mounts, share):
+    found = probe(ctl, mounts.faulty(share, "drop", "name=table.csv", "at=250"), status=1)
+    assert found["verdict"] == "not usable"
+    assert found["reasons"][0].startswith("of 5 rows of a single client 2 are in the table")
+
+
+def test_share_without_rename_is_not_usable(ctl, mounts, share):
+    found = probe(ctl, mounts.faulty(share, "rename", "name=*", "code=EPERM"), status=1)
+    assert found["verdict"] == "not usable"
+    assert found["reasons"][0] == "a file can't be renamed over another: Operation not permitted"
+
+
+def test_times_in_whole_seconds(ctl, mounts, share):
+    found = probe(ctl, mounts.faulty(share, "whole", "name=*"), options=())
+    times = found["times"]
+    assert times["granularityNanoseconds"] == 1_000_000_000
+    # Rounded down, they are no wrong clock.
+    assert times["leastAheadSeconds"] <= 0.05 and times["mostAheadSeconds"] >= -0.05
+    assert times["mostAheadSeconds"] - times["leastAheadSeconds"] < 0.5
+    assert found["verdict"] == "one table"
+    assert found["preallocation"] == {"accepted": False, "refusal": os.strerror(95)}
+
+
+def test_clock_that_is_off_is_told(ctl, mounts, share):
+    found = probe(ctl, mounts.faulty(share, "aged", "name=*", "length=90"))
+    assert found["times"]["leastAheadSeconds"] == pytest.approx(-90, abs=0.5)
+    assert any("is 90 s behind this machine's" in note for note in found["notes"])
+
+
+def test_locks_that_look_old_at_once_forbid_one_table(ctl, mounts, share):
+    found = probe(ctl, mounts.faulty(share, "aged", "name=*", "length=20000"), status=1)
+    assert found["verdict"] == "own tables"
+    assert any("5 h 33 min 20 s old when they are made" in reason for reason in found["reasons"])
+
+
+def test_case_of_names_is_told(ctl, mounts, share):
+    found = probe(ctl, mounts.faulty(share, "case"))
+    assert found["caseSensitive"] is False
+    assert any("case of letters" in note for note in found["notes"])
+
+
+def test_long_paths_do_not_cut_the_lock(ctl, share):
+    deep = share / ("d" * 200) / ("e" * 100)
+    deep.mkdir(parents=True)
+    assert probe(ctl, deep)["verdict"] == "one table"
