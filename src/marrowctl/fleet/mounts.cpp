@@ -6,9 +6,13 @@
 #include <sstream>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace marrowbench::ctl {
 namespace {
+
+// Hosts of containers have thousands of them.
+constexpr std::size_t kMostShown = 32;
 
 bool isOctal(char byte) { return byte >= '0' && byte <= '7'; }
 
@@ -28,6 +32,11 @@ std::string unescaped(const std::string& field) {
     }
   }
   return text;
+}
+
+// "server:/export", "//server/share" and "/dev/sda1", but no "tmpfs" and no "cgroup2".
+bool isDiskOrShare(const Mount& mount) {
+  return mount.source.find_first_of("/:") != std::string::npos || mount.type.starts_with("fuse.");
 }
 
 bool liesOn(const std::string& path, const std::string& point) {
@@ -51,13 +60,33 @@ bool Mount::has(const std::string& option) const {
   return ("," + options + ",").find("," + option + ",") != std::string::npos;
 }
 
-std::optional<Mount> mountIn(std::istream& mounts, const std::string& path) {
+std::vector<Mount> mountsIn(std::istream& list) {
+  std::vector<Mount> mounts;
+  for (std::string line; std::getline(list, line);) {
+    if (std::optional<Mount> mount = readMount(line)) mounts.push_back(std::move(*mount));
+  }
+  return mounts;
+}
+
+std::vector<Mount> mountsHere() {
+  std::ifstream list("/proc/self/mounts");
+  return mountsIn(list);
+}
+
+std::vector<Mount> disksAndShares(std::span<const Mount> mounts) {
+  std::vector<Mount> shown;
+  for (const Mount& mount : mounts) {
+    if (shown.size() < kMostShown && isDiskOrShare(mount)) shown.push_back(mount);
+  }
+  return shown;
+}
+
+std::optional<Mount> mountUnder(std::span<const Mount> mounts, const std::string& path) {
   std::optional<Mount> best;
-  for (std::string line; std::getline(mounts, line);) {
-    const std::optional<Mount> mount = readMount(line);
-    if (!mount || !liesOn(path, mount->point)) continue;
+  for (const Mount& mount : mounts) {
+    if (!liesOn(path, mount.point)) continue;
     // Of two on one point the later one covers the other.
-    if (!best || mount->point.size() >= best->point.size()) best = mount;
+    if (!best || mount.point.size() >= best->point.size()) best = mount;
   }
   return best;
 }
@@ -66,8 +95,7 @@ std::optional<Mount> mountOf(const std::string& folder) {
   std::error_code code;
   const std::filesystem::path path = std::filesystem::canonical(folder, code);
   if (code) return std::nullopt;
-  std::ifstream mounts("/proc/self/mounts");
-  return mountIn(mounts, path.string());
+  return mountUnder(mountsHere(), path.string());
 }
 
 }  // namespace marrowbench::ctl

@@ -3,24 +3,37 @@
 
 #include <istream>
 #include <optional>
+#include <span>
 #include <string>
+#include <vector>
 
 namespace marrowbench::ctl {
 
-/// What is mounted where a folder lies.
+/// A file system that is mounted.
 struct Mount {
   std::string point;    ///< where it is mounted
   std::string type;     ///< "nfs4", "fuse.sshfs", "tmpfs"
-  std::string source;   ///< "server:/export"
-  std::string options;  ///< "rw,relatime,vers=4.1"
+  std::string source;   ///< "server:/export", "/dev/sda1"
+  std::string options;  ///< as the system lists them: "rw,relatime,vers=4.1"
+
+  bool operator==(const Mount&) const = default;
 
   /// Whether an option is among them, as a word of its own: "lookupcache=positive".
   [[nodiscard]] bool has(const std::string& option) const;
 };
 
-/// Of a list in the form of /proc/self/mounts the mount on which the path lies, which is absolute
-/// and free of links.
-[[nodiscard]] std::optional<Mount> mountIn(std::istream& mounts, const std::string& path);
+/// All of a list in the form of /proc/self/mounts; lines that are no mount are left out.
+[[nodiscard]] std::vector<Mount> mountsIn(std::istream& list);
+
+/// Of this machine; none where the system has no such list.
+[[nodiscard]] std::vector<Mount> mountsHere();
+
+/// Without file systems of memory and of the kernel. At most 32.
+[[nodiscard]] std::vector<Mount> disksAndShares(std::span<const Mount> mounts);
+
+/// The mount on which a path lies, which is absolute and free of links.
+[[nodiscard]] std::optional<Mount> mountUnder(std::span<const Mount> mounts,
+                                              const std::string& path);
 
 /// The mount of a folder; nothing where the system does not tell.
 [[nodiscard]] std::optional<Mount> mountOf(const std::string& folder);

@@ -23,8 +23,8 @@ Json orNull(const std::optional<Value>& value) {
 
 Json mountsOf(const MachineFacts& machine) {
   Json mounts = Json::array();
-  for (const MountNote& mount : machine.mounts) {
-    mounts.push_back(Json{{"path", mount.path},
+  for (const Mount& mount : machine.mounts) {
+    mounts.push_back(Json{{"path", mount.point},
                           {"type", mount.type},
                           {"source", mount.source},
                           {"options", mount.options}});

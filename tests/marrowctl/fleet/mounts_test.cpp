@@ -4,6 +4,7 @@
 
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace marrowbench::ctl {
 namespace {
@@ -19,10 +20,10 @@ constexpr const char* kMounts =
 
 std::optional<Mount> mountAt(const std::string& path) {
   std::istringstream list(kMounts);
-  return mountIn(list, path);
+  return mountUnder(mountsIn(list), path);
 }
 
-TEST(MountIn, IsTheLongestThatHoldsThePath) {
+TEST(MountUnder, IsTheLongestThatHoldsThePath) {
   const struct {
     const char* path;
     const char* source;
@@ -41,9 +42,28 @@ TEST(MountIn, IsTheLongestThatHoldsThePath) {
   }
 }
 
-TEST(MountIn, IsNothingWithoutAList) {
-  std::istringstream list("");
-  EXPECT_FALSE(mountIn(list, "/"));
+TEST(MountUnder, IsNothingWithoutAList) { EXPECT_FALSE(mountUnder({}, "/")); }
+
+TEST(DisksAndShares, AreNoFileSystemsOfMemoryAndOfTheKernel) {
+  std::istringstream list(
+      "proc /proc proc rw 0 0\n"
+      "/dev/sda1 / ext4 rw,relatime 0 0\n"
+      "tmpfs /tmp tmpfs rw 0 0\n"
+      "server:/export /mnt/my\\040share nfs4 rw,vers=4.1 0 0\n"
+      "//nas/data /mnt/nas cifs rw 0 0\n"
+      "gluster /g fuse.glusterfs rw 0 0\n"
+      "broken\n");
+  const std::vector<Mount> expected = {{"/", "ext4", "/dev/sda1", "rw,relatime"},
+                                       {"/mnt/my share", "nfs4", "server:/export", "rw,vers=4.1"},
+                                       {"/mnt/nas", "cifs", "//nas/data", "rw"},
+                                       {"/g", "fuse.glusterfs", "gluster", "rw"}};
+  EXPECT_EQ(disksAndShares(mountsIn(list)), expected);
+}
+
+TEST(DisksAndShares, AreAtMost32) {
+  std::stringstream list;
+  for (int i = 0; i < 40; ++i) list << "/dev/sda" << i << " /m" << i << " ext4 rw 0 0\n";
+  EXPECT_EQ(disksAndShares(mountsIn(list)).size(), 32U);
 }
 
 TEST(Mount, HasAnOptionAsAWordOfItsOwn) {

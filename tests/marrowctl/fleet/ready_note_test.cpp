@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 namespace marrowbench::ctl {
 namespace {
 
@@ -63,10 +61,10 @@ TEST(ReadyNote, CoversALongerOne) {
 
 TEST(ReadyNote, TakesAnyBytesInNames) {
   ReadyNote note = someNote();
-  note.machine.mounts.front().path = "/\xFF";
+  note.machine.mounts.front().point = "/\xFF";
   const auto read = readyNoteFrom(textOf(note, 0));
   ASSERT_TRUE(read);
-  EXPECT_EQ(read->machine.mounts.front().path, "/\xEF\xBF\xBD");
+  EXPECT_EQ(read->machine.mounts.front().point, "/\xEF\xBF\xBD");
 }
 
 TEST(ReadyNote, RefusesWhatIsNone) {
@@ -81,29 +79,6 @@ TEST(ReadyNote, RefusesWhatIsNone) {
 TEST(ReadyNote, OfTwoProcessesDiffer) {
   EXPECT_NE(noteOfThisMachine("r", "1").id, noteOfThisMachine("r", "1").id);
   EXPECT_FALSE(noteOfThisMachine("r", "1").host.empty());
-}
-
-TEST(MountsIn, AreDisksAndShares) {
-  std::istringstream list(
-      "proc /proc proc rw 0 0\n"
-      "/dev/sda1 / ext4 rw,relatime 0 0\n"
-      "tmpfs /tmp tmpfs rw 0 0\n"
-      "server:/export /mnt/my\\040share nfs4 rw,vers=4.1 0 0\n"
-      "//nas/data /mnt/nas cifs rw 0 0\n"
-      "gluster /g fuse.glusterfs rw 0 0\n"
-      "broken\n");
-  const std::vector<MountNote> expected = {
-      {"/", "ext4", "/dev/sda1", "rw,relatime"},
-      {"/mnt/my share", "nfs4", "server:/export", "rw,vers=4.1"},
-      {"/mnt/nas", "cifs", "//nas/data", "rw"},
-      {"/g", "fuse.glusterfs", "gluster", "rw"}};
-  EXPECT_EQ(mountsIn(list), expected);
-}
-
-TEST(MountsIn, AreAtMost32) {
-  std::stringstream list;
-  for (int i = 0; i < 40; ++i) list << "/dev/sda" << i << " /m" << i << " ext4 rw 0 0\n";
-  EXPECT_EQ(mountsIn(list).size(), 32U);
 }
 
 }  // namespace
