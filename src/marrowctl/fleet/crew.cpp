@@ -50,10 +50,12 @@ bool isIgnored(int signal) {
 }
 
 // One that waits for a share that does not answer can't be ended, and is not waited for.
-void awaitEnd(pid_t member) {
+void awaitEnds(const std::vector<pid_t>& members) {
   const Stopwatch waited;
-  while (waitpid(member, nullptr, WNOHANG) == 0 && waited.seconds() < kSecondsToEnd)
-    (void)usleep(1000);
+  for (const pid_t member : members) {
+    while (waitpid(member, nullptr, WNOHANG) == 0 && waited.seconds() < kSecondsToEnd)
+      (void)usleep(1000);
+  }
 }
 
 }  // namespace
@@ -112,7 +114,7 @@ Crew::~Crew() {
   for (int& gate : gateReadEnds) closeEnd(gate);
   closeEnd(answers);
   for (const pid_t member : members) (void)kill(member, SIGKILL);
-  for (const pid_t member : members) awaitEnd(member);
+  awaitEnds(members);
 }
 
 std::optional<std::vector<CrewAnswer>> Crew::step(double seconds) {
