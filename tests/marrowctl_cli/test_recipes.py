@@ -342,6 +342,7 @@ def test_give_up_and_the_program_are_handed_on(ctl, stubs):
 
 def test_control_folder_is_named_from_the_root(ctl):
     assert f"--control {ctl.folder}/share/x --run" in recipe(ctl, "pdsh", "share/x")
+    assert f"--control {ctl.folder} --run" in recipe(ctl, "pdsh", ".")
 
 
 @pytest.mark.parametrize("engine", ALL_ENGINES)

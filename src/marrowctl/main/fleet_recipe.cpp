@@ -24,9 +24,10 @@ struct RecipeCommand {
 
 // Clients start in another folder than this one.
 std::string fromTheRoot(const std::string& folder) {
+  namespace fs = std::filesystem;
   std::error_code code;
-  const std::string path = std::filesystem::absolute(folder, code).string();
-  return code ? folder : path;
+  const fs::path path = folder == "." ? fs::current_path(code) : fs::absolute(folder, code);
+  return code ? folder : path.string();
 }
 
 std::string listOfEngines() {
