@@ -53,4 +53,4 @@ TEST_FORMULAE="$BUILD_FORMULAE googletest google-benchmark pytest"
 BROWSER_PACKAGES="chromium"
 ALL_PACKAGES="$TEST_PACKAGES googletest clang-14 libc++-14-dev libc++abi-14-dev libclang-rt-14-dev
   lld-14 clang-format-14 clang-tidy-14 zsh fish e2fsprogs
-  xfsprogs btrfs-progs"
+  xfsprogs btrfs-progs clustershell pdsh parallel ansible-core python3-yaml python3-kubernetes"

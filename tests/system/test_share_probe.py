@@ -6,6 +6,7 @@ import os
 import pytest
 
 from figures import measured
+from program_bench import wait_until
 from servers import FIRST, MOUNT_POINT, SECOND_MOUNT_POINT, SERVERS, CachedSshfs
 
 # What clients of these may do; None where it depends on how their looks fall.
@@ -23,7 +24,7 @@ def start_probe(client, *folders, options=()):
 
 
 def document(job):
-    job.finish(None, LIMIT)
+    wait_until(lambda: job.status() is not None, LIMIT)
     return json.loads(job.printed())
 
 
