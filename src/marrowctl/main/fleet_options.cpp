@@ -40,14 +40,6 @@ std::string_view wordOf(const Subcommand& action) {
   return name.substr(name.find(' ') + 1);
 }
 
-// Names of other files in messages, and the program's own path in its rows, tell where the share
-// is.
-std::string fromTheRoot(const std::string& folder) {
-  std::error_code code;
-  const fs::path path = folder == "." ? fs::current_path(code) : fs::absolute(folder, code);
-  return code ? folder : path.string();
-}
-
 std::string help() {
   std::string text =
       "Usage: marrowctl fleet COMMAND [OPTIONS]\n\n"
@@ -84,6 +76,12 @@ Command readFleet(const Subcommand& self, Arguments arguments) {
                    [word](const Subcommand& each) { return word == wordOf(each); });
   if (found == kActions.end()) return unknownWord(self, word);
   return found->read(*found, arguments.subspan(1));
+}
+
+std::string fromTheRoot(const std::string& folder) {
+  std::error_code code;
+  const fs::path path = folder == "." ? fs::current_path(code) : fs::absolute(folder, code);
+  return code ? folder : path.string();
 }
 
 void addControlFolder(OptionSet& options, ControlFolder& folder) {

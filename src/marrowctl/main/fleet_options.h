@@ -13,6 +13,10 @@
 /// a file of its own, and hands back a FleetCommand.
 namespace marrowbench::ctl {
 
+/// The folder's path from the root on: names of other files in messages, and the program's own path
+/// in its rows, tell where the share is.
+[[nodiscard]] std::string fromTheRoot(const std::string& folder);
+
 /// Declares --control and --run, which name the folder of a run.
 void addControlFolder(OptionSet& options, ControlFolder& folder);
 

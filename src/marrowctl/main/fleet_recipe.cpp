@@ -1,8 +1,6 @@
 #include <algorithm>
-#include <filesystem>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <vector>
 
 #include "marrowctl/fleet/recipe.h"
@@ -21,14 +19,6 @@ struct RecipeCommand {
   std::string hostList;
   RecipeOptions recipe;
 };
-
-// Clients start in another folder than this one.
-std::string fromTheRoot(const std::string& folder) {
-  namespace fs = std::filesystem;
-  std::error_code code;
-  const fs::path path = folder == "." ? fs::current_path(code) : fs::absolute(folder, code);
-  return code ? folder : path.string();
-}
 
 std::string listOfEngines() {
   std::string list;
@@ -89,7 +79,6 @@ Command readRecipe(const Subcommand& self, Arguments arguments) {
   const bool isForPods = !(recipe.image + recipe.mount + recipe.claim).empty();
   if (isForPods && *engine != Engine::kubernetes)
     return options.wrong("--image, --mount and --claim are for kubernetes");
-  recipe.folder.control = fromTheRoot(recipe.folder.control);
   if (!recipe.mount.empty()) recipe.mount = fromTheRoot(recipe.mount);
   return FleetCommand{[command] { return runRecipe(command); }};
 }

@@ -67,7 +67,8 @@ std::string clientsText(const Preparation& preparation, const Wanted& wanted) {
   return text;
 }
 
-void printPreparation(const Preparation& preparation, const PublishOptions& options) {
+void printPreparation(const Preparation& preparation, const PublishOptions& options,
+                      std::FILE* output) {
   const Publication& publication = preparation.publication;
   if (publication.plan.files.empty()) return;
   printFindings(preparation.findings);
@@ -78,32 +79,35 @@ void printPreparation(const Preparation& preparation, const PublishOptions& opti
   text += placesText(publication.plan);
   for (const std::string& difference : publication.differences) text += "  " + difference + "\n";
   text += clientsText(preparation, options.wanted);
-  printNow(text);
+  printNow(text, output);
 }
 
 }  // namespace
 
-void printNow(const std::string& text) {
-  (void)std::fwrite(text.data(), 1, text.size(), stdout);
-  (void)std::fflush(stdout);
+void printNow(const std::string& text, std::FILE* output) {
+  (void)std::fwrite(text.data(), 1, text.size(), output);
+  (void)std::fflush(output);
 }
 
-PublishListener printingListener(const PublishOptions& options) {
+PublishListener printingListener(const PublishOptions& options, std::FILE* output) {
   PublishListener listener;
-  listener.prepared = [&options](const Preparation& preparation) {
-    printPreparation(preparation, options);
+  listener.prepared = [&options, output](const Preparation& preparation) {
+    printPreparation(preparation, options, output);
   };
-  listener.waiting = [&options](std::int64_t seconds, const StartWindow& window) {
+  listener.waiting = [&options, output](std::int64_t seconds, const StartWindow& window) {
     printNow(fmt::format("{} in {}, for a start at {}.\n",
                          options.isDryRun ? "It would be published" : "It will be published",
-                         shownDuration(seconds), timeOfDay(window.startMs)));
+                         shownDuration(seconds), timeOfDay(window.startMs)),
+             output);
   };
-  listener.published = [](std::int64_t secondsToStart, const StartWindow& window) {
+  listener.published = [output](std::int64_t secondsToStart, const StartWindow& window) {
     printNow(fmt::format("Published. The tests start at {}, in {}; clients have {} to see it.\n",
                          timeOfDay(window.startMs), shownDuration(secondsToStart),
-                         shownDuration(window.lengthMs / 1000)));
+                         shownDuration(window.lengthMs / 1000)),
+             output);
     if (window.lengthMs < kShortWindowMs)
-      printNow("That is little: those that see it later start a minute after the others.\n");
+      printNow("That is little: those that see it later start a minute after the others.\n",
+               output);
   };
   return listener;
 }
