@@ -194,7 +194,8 @@ Preparation prepareToPublish(const PublishOptions& options) {
   const ShareTime share(reading);
   const std::int64_t before = share.nowMs();
   preparation.rounding = roundingMs(reading);
-  if (const int code = callRoll(options.folder, share, preparation.roll); code != 0) {
+  const int code = options.isBeforeArming ? 0 : callRoll(options.folder, share, preparation.roll);
+  if (code != 0) {
     refuse(preparation, notDone, {options.folder.path() + ": " + std::strerror(code)});
     return preparation;
   }
@@ -212,6 +213,7 @@ Preparation prepareToPublish(const PublishOptions& options) {
   preparation.leftovers = findLeftovers(preparation.publication.plan);
   if (!options.leftoversMayStay) addLeftovers(preparation.leftovers, sentences);
   refuse(preparation, answerIsNo, std::move(sentences));
+  if (options.isBeforeArming) return preparation;
   refuse(preparation, answerIsNo, absences(preparation.roll, options.wanted));
   std::vector<std::string> clocks = wrongClocks(preparation.roll, preparation.rounding);
   if (!clocks.empty())

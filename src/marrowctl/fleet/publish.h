@@ -21,6 +21,7 @@ struct PublishOptions {
   bool leftoversMayStay = false;
   bool isDryRun = false;  ///< everything is looked at, nothing is published
   bool waitsForMoment = true;
+  bool isBeforeArming = false;  ///< of prepareToPublish(): nobody can be ready yet
   int phase = 1;
   bool hasNext = false;  ///< another phase follows
 };
