@@ -1,5 +1,6 @@
 """marrowctl run --via: a run of many clients in one command. Stubs of the engines start them on this machine."""
 
+import contextlib
 import os
 import pathlib
 import re
@@ -10,6 +11,7 @@ import pytest
 
 from conftest import COMMAND, EMULATOR
 from fleet import FAST_COMMAND, FAST_MARROWBENCH, clock_at, fleet, settings_line
+from mounts import Mounts
 from program_bench import wait_until
 
 __all__ = ["fleet"]
@@ -180,6 +182,22 @@ def test_a_name_that_was_used_arms_nobody(via):
     done = via.run(*via.words("ssh", via.settings()))
     assert (done.returncode, done.stdout, via.calls()) == (1, "", [])
     assert "mine.bst is there already: a run needs a name of its own" in done.stderr
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason="mounting needs root")
+def test_a_share_that_is_unfit_for_one_table_takes_only_tables_of_each(via):
+    share = via.folder / "share"
+    share.mkdir()
+    with contextlib.ExitStack() as ends:
+        via.fleet.control = Mounts(via, ends).faulty(share, "late", "name=race_*", "length=500")
+        done = via.run(*via.words("ssh", via.settings()))
+        assert (done.returncode, done.stdout, via.calls()) == (1, "", [])
+        assert "Use [host] in the results path" in done.stderr
+        assert done.stderr.endswith(
+            f"marrowctl run: no client was armed: all would write to {via.fleet.control}/mine/results.csv\n")
+        done = via.run(*via.words("ssh", via.settings(settings_line(table="res_[host].csv"))), STUB_DOWN="c1 c2 c3")
+        assert done.returncode == 1 and "no client is ready" in done.stderr
+        assert sorted(via.calls()) == ["ssh c1", "ssh c2", "ssh c3"]
 
 
 def test_time_that_is_up_reports_what_is_there(via):
