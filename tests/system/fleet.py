@@ -50,6 +50,16 @@ class Fleet:
         hosts.write_text("\n".join(lines) + "\n")
         for machine in self.machines:
             machine.run("mount", "--bind", hosts, "/etc/hosts")
+        self.hide_start_files()
+
+    def hide_start_files(self):
+        """What this machine's user has shells do, for a minute maybe, is nothing that clients have."""
+        nothing = self.folder / "nothing"
+        nothing.touch()
+        for name in (".bashrc", ".bash_profile", ".bash_login", ".profile", ".zshenv"):
+            if (pathlib.Path.home() / name).exists():
+                for machine in self.clients:
+                    machine.run("mount", "--bind", nothing, pathlib.Path.home() / name)
 
     def serve_ssh(self):
         for key in ("host_key", "user_key"):

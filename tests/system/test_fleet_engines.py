@@ -14,36 +14,30 @@ from program_bench import wait_until
 
 CLIENTS = 4
 HOSTS = f"client[1-{CLIENTS}]"
-# Six seconds of each client.
-SETTINGS = "posix;0;0;100;4;0;40;6;0;MEMORY;data/[host]_[iter].bin;log_[host].txt;results.csv;true\n"
+CTL = os.environ.get("MARROWCTL_PROGRAM", "")
+# Fifteen seconds of each client: they begin some seconds apart. A table for each: this machine is busy.
+SETTINGS = "posix;0;0;100;4;0;40;15;0;MEMORY;data/[host]_[iter].bin;log_[host].txt;results_[host].csv;true\n"
 
-ENGINES = {
-    "clush": ("clush",), "pdsh": ("pdsh",), "ssh": (), "parallel": ("parallel",), "ansible": ("ansible-playbook",),
-    "srun": ("srun", "slurmctld", "slurmd", "munged"), "sbatch": ("sbatch", "slurmctld", "slurmd", "munged"),
-}
+SLURM = ("slurmctld", "slurmd", "munged", "sinfo", "squeue")
+ENGINES = {"clush": ("clush",), "pdsh": ("pdsh",), "ssh": (), "parallel": ("parallel",),
+           "ansible": ("ansible-playbook",), "srun": ("srun", *SLURM), "sbatch": ("sbatch", *SLURM)}
 STAYS_IN_FOREGROUND = {"srun"}
+
+
+def needed(*programs):
+    missing = missing_for(*programs)
+    if missing:
+        pytest.skip(f"needs {', '.join(missing)}")
 
 
 @pytest.fixture(scope="module")
 def fleet():
-    missing = missing_for("ip", "nsenter", "ssh", "sshd", "ssh-keygen", "ss")
     if os.geteuid() != 0 or not may_make_namespaces():
-        missing.append("root and the right to make namespaces")
-    if missing:
-        pytest.skip(f"needs {', '.join(missing)}")
+        pytest.skip("needs root and the right to make namespaces")
+    needed("ip", "nsenter", "ssh", "sshd", "ssh-keygen", "ss")
     fleet = Fleet(CLIENTS)
     yield fleet
     fleet.close()
-
-
-@pytest.fixture
-def engine(request, fleet):
-    missing = missing_for(*ENGINES[request.param])
-    if missing:
-        pytest.skip(f"needs {', '.join(missing)}")
-    if "slurmd" in ENGINES[request.param]:
-        fleet.start_slurm()
-    return request.param
 
 
 class Run:
@@ -56,14 +50,13 @@ class Run:
         self.control.mkdir(exist_ok=True)
         self.folder = self.control / name
 
-    def ctl(self, command, *arguments, **options):
-        return self.fleet.run(os.environ["MARROWCTL_PROGRAM"], "fleet", command, *arguments, "--control",
-                              self.control, "--run", self.name, **options)
+    def start(self, command, *arguments):
+        return self.fleet.start(CTL, "fleet", command, *arguments, "--control", self.control, "--run", self.name)
 
     def recipe(self, engine):
         path = self.fleet.folder / f"{self.name}.recipe"
-        path.write_text(self.ctl("recipe", engine, "--hosts", HOSTS, "--give-up", "10m", "--marrowctl",
-                                 os.environ["MARROWCTL_PROGRAM"]))
+        path.write_text(self.start("recipe", engine, "--hosts", HOSTS, "--give-up", "10m", "--marrowctl",
+                                   CTL).finish())
         return path
 
     def carry_out(self, engine):
@@ -73,56 +66,98 @@ class Run:
         return self.fleet.start(*command.get(engine, ["sh"]), path)
 
     def ready(self):
-        return sorted(path.name.removeprefix("ready__") for path in self.folder.glob("ready__*"))
+        """Those whose program waits."""
+        found = []
+        for path in sorted(self.folder.glob("ready__*")):
+            try:
+                note = json.loads(path.read_text())
+            except (FileNotFoundError, json.JSONDecodeError):
+                continue
+            if note["marrowbench"] and note["clockOffsetMs"] is not None:
+                found.append(note["host"])
+        return found
 
-    def wait_until_ready(self, names):
-        wait_until(lambda: self.ready() == names, 120)
+    def publish(self, *options):
+        return self.start("publish", "--hosts", HOSTS, *options, self.settings())
+
+    def watch(self):
+        return self.start("watch", "--hosts", HOSTS, "--timeout", "5m")
 
     def settings(self):
         path = self.fleet.folder / f"{self.name}.bst"
         path.write_text(SETTINGS)
         return path
 
-    def publish(self, **options):
-        return self.ctl("publish", "--hosts", HOSTS, "--now", self.settings(), **options)
-
-    def watch(self, **options):
-        return self.ctl("watch", "--hosts", HOSTS, "--timeout", "5m", **options)
-
     def verdict(self):
-        text = self.fleet.run(os.environ["MARROWCTL_PROGRAM"], "report", "--json", self.folder / "results.csv",
-                              "--settings", self.folder / f"{self.name}.bst", "--hosts", HOSTS)
+        text = self.fleet.run(CTL, "report", "--json", self.folder, "--settings",
+                              self.folder / f"{self.name}.bst", "--hosts", HOSTS)
         return json.loads(text)["verdict"]
 
 
-def start_times(run):
-    """When each client was armed, by the share's clock."""
-    return [path.stat().st_ctime for path in run.folder.glob("ready__*")]
+class Course:
+    """The jobs of a run by one engine, as far as they came."""
+
+    def __init__(self, fleet, engine):
+        self.engine = engine
+        self.run = Run(fleet, f"by_{engine}")
+        self.job = self.published = self.watched = None
+
+    def arm(self):
+        begin = time.time()
+        self.job = self.run.carry_out(self.engine)
+        wait_until(lambda: self.run.ready() == self.run.fleet.names or self.has_failed(), 120)
+        MEASURED.append(f"{self.engine}: {len(self.run.ready())} of {CLIENTS} clients armed {time.time() - begin:.1f} s "
+                        "after it was started")
+
+    def has_failed(self):
+        return self.job.status() not in (None, 0)
 
 
-@pytest.mark.parametrize("engine", ENGINES, indirect=True)
-def test_run_by_an_engine_is_complete_and_concurrent(fleet, engine):
-    run = Run(fleet, f"by_{engine}")
-    begin = time.time()
-    job = run.carry_out(engine)
-    if engine not in STAYS_IN_FOREGROUND:
-        job.finish()
-    run.wait_until_ready(fleet.names)
-    armed = [json.loads(path.read_text())["time"] for path in run.folder.glob("ready__*")]
-    MEASURED.append(f"{engine}: {CLIENTS} clients armed {time.time() - begin:.1f} s after it was started")
-    assert len(armed) == CLIENTS
-    run.publish()
-    run.watch(seconds=400)
-    verdict = run.verdict()
+@pytest.fixture(scope="module")
+def courses(fleet):
+    """A run by each engine. All at once: most of the time they wait for their minute."""
+    if not missing_for(*SLURM):
+        fleet.start_slurm()
+    found = {engine: Course(fleet, engine) for engine in ENGINES if not missing_for(*ENGINES[engine])}
+    for course in found.values():
+        course.arm()
+    for course in found.values():
+        course.published = course.run.publish()
+    for course in found.values():
+        wait_until(lambda course=course: course.published.status() is not None, 180)
+        course.watched = course.run.watch()
+    for course in found.values():
+        wait_until(lambda course=course: course.watched.status() is not None, 400)
+    return found
+
+
+@pytest.mark.parametrize("engine", ENGINES)
+def test_run_by_an_engine_is_complete_and_concurrent(fleet, courses, engine):
+    needed(*ENGINES[engine])
+    course = courses[engine]
+    if engine in STAYS_IN_FOREGROUND:
+        wait_until(lambda: course.job.status() is not None)
+    assert course.job.status() == 0, course.job.printed()
+    assert course.published.status() == 0, course.published.printed()
+    assert course.watched.status() == 0, course.watched.printed()
+    verdict = course.run.verdict()
     assert (verdict["complete"], verdict["concurrent"], verdict["clean"]) == (True, True, True), verdict
-    job.finish()
+    assert [path.name for path in sorted(course.run.folder.glob("finished__*"))] == [
+        f"finished__{name}" for name in fleet.names]
+    assert course.run.ready() == []
+    for path in course.run.folder.glob("finished__*"):
+        assert json.loads(path.read_text())["status"] == 0
+
+
+def test_nothing_goes_on_behind_the_runs(fleet, courses):
     wait_until(lambda: not fleet.processes("marrowctl") and not fleet.processes("marrowbench"))
-    if "slurmd" in ENGINES[engine]:
+    if not missing_for(*SLURM):
         wait_until(lambda: fleet.run("squeue", "-h") == "")
 
 
-@pytest.mark.parametrize("engine", ["clush", "pdsh", "ssh", "parallel"], indirect=True)
+@pytest.mark.parametrize("engine", ["clush", "pdsh", "ssh", "parallel"])
 def test_host_that_is_down_is_told_by_the_engine_and_missed_by_publish(fleet, engine):
+    needed(*ENGINES[engine])
     run = Run(fleet, f"down_{engine}")
     down = fleet.clients[-1]
     down.run("ip", "link", "set", "eth0", "down")
@@ -130,10 +165,25 @@ def test_host_that_is_down_is_told_by_the_engine_and_missed_by_publish(fleet, en
         job = run.carry_out(engine)
         wait_until(lambda: job.status() is not None, 120)
         assert job.status() != 0
-        run.wait_until_ready(fleet.names[:-1])
-        assert re.search(rf"\b{down.name}\b", run.publish(status=1))
+        wait_until(lambda: run.ready() == fleet.names[:-1])
+        told = run.publish("--dry-run").finish(status=1)
+        assert f"3 of {CLIENTS} clients are ready: {', '.join(fleet.names[:-1])}\n" in told
+        assert re.search(rf"missing: {down.name}\.", told), told
     finally:
         down.run("ip", "link", "set", "eth0", "up")
         for client in fleet.clients:
             client.run("sh", "-c", "for pid in $(pgrep -x marrowctl); do kill $pid; done")
         wait_until(lambda: not fleet.processes("marrowbench"))
+
+
+@pytest.mark.parametrize("engine", ["clush", "srun", "ansible"])
+def test_one_command_does_it_all(fleet, engine):
+    needed(*ENGINES[engine])
+    run = Run(fleet, f"all_{engine}")
+    job = fleet.start(CTL, "run", "--via", engine, "--hosts", HOSTS, "--control", run.control, "--marrowctl", CTL,
+                      "--timeout", "5m", run.settings())
+    # Lines are broken where they are too long.
+    printed = " ".join(job.finish(seconds=500).split())
+    assert f" {CLIENTS} of {CLIENTS} clients, {15 * CLIENTS} of {15 * CLIENTS} rows" in printed
+    assert ": complete, concurrent, clean." in printed
+    wait_until(lambda: not fleet.processes("marrowctl") and not fleet.processes("marrowbench"))
