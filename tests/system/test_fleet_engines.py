@@ -36,8 +36,12 @@ def fleet():
         pytest.skip("needs root and the right to make namespaces")
     needed("ip", "nsenter", "ssh", "sshd", "ssh-keygen", "ss")
     fleet = Fleet(CLIENTS)
-    yield fleet
-    fleet.close()
+    try:
+        if not missing_for(*SLURM):
+            fleet.start_slurm()
+        yield fleet
+    finally:
+        fleet.close()
 
 
 class Run:
@@ -116,8 +120,6 @@ class Course:
 @pytest.fixture(scope="module")
 def courses(fleet):
     """A run by each engine. All at once: most of the time they wait for their minute."""
-    if not missing_for(*SLURM):
-        fleet.start_slurm()
     found = {engine: Course(fleet, engine) for engine in ENGINES if not missing_for(*ENGINES[engine])}
     for course in found.values():
         course.arm()
