@@ -10,6 +10,14 @@ function __marrowctl_has_none
     test (count (commandline -opc)) -eq 1
 end
 
+# True when one of the fleet's commands stands behind it, or none of them, where none is named.
+function __marrowctl_fleet
+    set -l words (commandline -opc)
+    test "$words[2]" = fleet; or return 1
+    test (count $argv) -gt 0; or test (count $words) -eq 2; or return 1
+    test (count $argv) -eq 0; or contains -- "$words[3]" $argv
+end
+
 # Files are offered to a command that nothing is known of; folders end in "/".
 function __marrowctl_settings_files
     complete -C "__marrowctl_unknown_command "(commandline -ct) | string match -ir '^.*(?:/|\.bst)$'
@@ -32,6 +40,7 @@ complete -c marrowctl -n __marrowctl_has_none -a sweep -d 'write settings files 
 complete -c marrowctl -n __marrowctl_has_none -a run -d 'check a settings file, run it here, and judge what came of it'
 complete -c marrowctl -n __marrowctl_has_none -a report -d 'say what results tables hold'
 complete -c marrowctl -n __marrowctl_has_none -a compare -d 'say which tests of two runs became faster or slower'
+complete -c marrowctl -n __marrowctl_has_none -a fleet -d 'start a run on many clients, and watch it'
 complete -c marrowctl -s h -l help -d 'show help'
 complete -c marrowctl -l version -d 'show the version'
 
@@ -85,3 +94,35 @@ complete -c marrowctl -n '__marrowctl_has_command report' -l done -x -a '(__fish
 complete -c marrowctl -n '__marrowctl_has_command report' -l link -x -d "speed of each client's link"
 complete -c marrowctl -n '__marrowctl_has_command report' -l tidy -d 'a clean table'
 complete -c marrowctl -n '__marrowctl_has_command compare' -l fail-if-slower -x -d 'exit status 3 beyond this'
+
+complete -c marrowctl -n __marrowctl_fleet -a arm -d 'make this machine a client that waits for a run'
+complete -c marrowctl -n __marrowctl_fleet -a publish -d 'start all clients that wait, in one minute'
+complete -c marrowctl -n __marrowctl_fleet -a watch -d 'show how far a run is, until it is complete'
+complete -c marrowctl -n __marrowctl_fleet -a conduct -d 'start one phase after the other'
+complete -c marrowctl -n __marrowctl_fleet -a probe -d 'try what a share really does'
+complete -c marrowctl -n __marrowctl_fleet -a unlock -d 'show a lock that someone left, or remove it'
+complete -c marrowctl -n __marrowctl_fleet -a recipe -d 'print how an engine starts the clients'
+set -l folders '(__fish_complete_directories)'
+complete -c marrowctl -n '__marrowctl_fleet arm publish watch conduct recipe' -l control -x -a $folders -d 'folder on the share'
+complete -c marrowctl -n '__marrowctl_fleet arm publish watch conduct recipe' -l run -x -d 'name of the run'
+complete -c marrowctl -n '__marrowctl_fleet publish watch conduct recipe' -l hosts -rF -d 'clients: a file, or names'
+complete -c marrowctl -n '__marrowctl_fleet publish watch conduct' -l clients -x -d 'how many clients there are'
+complete -c marrowctl -n '__marrowctl_fleet arm' -l detach -d 'come back when the client is armed'
+complete -c marrowctl -n '__marrowctl_fleet arm recipe' -l give-up -x -d 'stop when nothing has come for so long'
+complete -c marrowctl -n '__marrowctl_fleet arm' -l program -rF -d 'the program that measures'
+complete -c marrowctl -n '__marrowctl_fleet publish' -l dry-run -d 'publish nothing'
+complete -c marrowctl -n '__marrowctl_fleet publish conduct' -l again -d 'an earlier run may have left files'
+complete -c marrowctl -n '__marrowctl_fleet publish conduct' -l now -d 'do not wait for the best second'
+complete -c marrowctl -n '__marrowctl_fleet watch conduct' -l timeout -x -d 'stop after so long'
+complete -c marrowctl -n '__marrowctl_fleet watch probe' -l json -d 'one JSON document'
+complete -c marrowctl -n '__marrowctl_fleet publish conduct' -a '(__marrowctl_settings_files)'
+complete -c marrowctl -n '__marrowctl_fleet probe' -l quick -d 'a few seconds'
+complete -c marrowctl -n '__marrowctl_fleet probe' -a $folders
+complete -c marrowctl -n '__marrowctl_fleet unlock' -l table -x -a '(__marrowctl_tables)' -d 'the results table'
+complete -c marrowctl -n '__marrowctl_fleet unlock' -l age -x -d 'a lock that is not older stays'
+complete -c marrowctl -n '__marrowctl_fleet unlock' -l yes -d 'remove it'
+complete -c marrowctl -n '__marrowctl_fleet recipe' -l marrowctl -rF -d 'marrowctl on the clients'
+complete -c marrowctl -n '__marrowctl_fleet recipe' -l image -x -d 'kubernetes: what holds both programs'
+complete -c marrowctl -n '__marrowctl_fleet recipe' -l mount -x -a $folders -d 'kubernetes: folder that the pods get'
+complete -c marrowctl -n '__marrowctl_fleet recipe' -l claim -x -d 'kubernetes: volume claim behind it'
+complete -c marrowctl -n '__marrowctl_fleet recipe' -a 'clush pdsh ssh parallel ansible srun sbatch kubernetes' -d engine

@@ -40,7 +40,7 @@ def literals(text):
 def test_pages_are_these():
     assert set(PAGES) == {"marrowbench.1", "marrowbench-settings.5", "marrowbench-table.5",
                           "marrowctl.1", "marrowctl-check.1", "marrowctl-compare.1",
-                          "marrowctl-report.1", "marrowctl-run.1", "marrowctl-sweep.1"}
+                          "marrowctl-fleet.1", "marrowctl-report.1", "marrowctl-run.1", "marrowctl-sweep.1"}
 
 
 @pytest.mark.parametrize("name", PAGES)

@@ -10,7 +10,9 @@ from shells import COMPLETION, SHELLS, TYPED, needs, offered, offered_by_fish, t
 LETTERS = dict(re.findall(r"^\.It Cm ([a-z-]+) Pq ([EWN])$",
                           (ROOT / "docs/man/marrowctl-check.1").read_text(), re.M))
 FINDINGS = set(LETTERS)
-COMMANDS = ["check", "sweep", "run", "report", "compare"]
+FLEET = ["arm", "publish", "watch", "conduct", "probe", "unlock", "recipe"]
+WITH_OPTIONS = ["check", "sweep", "run", "report", "compare"]
+COMMANDS = [*WITH_OPTIONS, "fleet"]
 SCRIPTS = {"bash": COMPLETION / "marrowctl", "zsh": COMPLETION / "_marrowctl",
            "fish": COMPLETION / "marrowctl.fish"}
 
@@ -25,7 +27,7 @@ def folder(ctl):
 
 def options_of(ctl, command):
     """The options that the program itself knows."""
-    return set(re.findall(r"^  (?:-\w,)?(--[a-z-]+)", ctl.run(command, "--help").stdout, re.M))
+    return set(re.findall(r"^  (?:-\w,)?(--[a-z-]+)", ctl.run(*command.split(), "--help").stdout, re.M))
 
 
 def findings_of_the_program():
@@ -48,12 +50,28 @@ def test_every_finding_of_the_page_can_be_explained(ctl):
         assert done.stdout.startswith(f"{name} ({severities[letter]})\n\n")
 
 
-@pytest.mark.parametrize("command", COMMANDS)
+def options_named(text):
+    return {f"--{name}" for name in re.findall(r"Fl -([a-z-]+)", text)}
+
+
+def options_of_items(page):
+    return options_named(" ".join(re.findall(r"^\.It (Fl .*)", page, re.M)))
+
+
+@pytest.mark.parametrize("command", WITH_OPTIONS)
 def test_manual_page_has_every_option(ctl, command):
     page = (ROOT / f"docs/man/marrowctl-{command}.1").read_text()
-    items = " ".join(re.findall(r"^\.It (Fl .*)", page, re.M))
-    named = {f"--{name}" for name in re.findall(r"Fl -([a-z-]+)", items)}
-    assert named == options_of(ctl, command) - {"--help", "--version"}
+    assert options_of_items(page) == options_of(ctl, command) - {"--help", "--version"}
+
+
+def test_manual_page_of_fleet_has_every_command_and_option(ctl):
+    page = (ROOT / "docs/man/marrowctl-fleet.1").read_text()
+    uses = dict(re.findall(r"^\.Nm marrowctl fleet (\w+)\n(.*?)(?=^\.Nm |^\.Sh )", page, re.M | re.S))
+    assert list(uses) == FLEET
+    options = {action: options_of(ctl, f"fleet {action}") - {"--help", "--version"} for action in FLEET}
+    assert {action: options_named(use) for action, use in uses.items()} == options
+    # What each of them means.
+    assert options_of_items(page) == set().union(*options.values())
 
 
 @pytest.mark.parametrize("shell", SHELLS)
@@ -69,22 +87,28 @@ def test_commands_are_offered(folder, shell):
     assert set(COMMANDS) <= shown <= {*COMMANDS, "--help", "--version", "-h"}
 
 
+@pytest.mark.parametrize("shell", SHELLS)
+def test_commands_of_fleet_are_offered(folder, shell):
+    shown = {name for name in offered(shell, folder, "marrowctl fleet ") if not name.startswith("-- ")}
+    assert set(FLEET) <= shown <= {*FLEET, "--help", "--version", "-h"}
+
+
 @pytest.mark.parametrize("shell", TYPED)
-@pytest.mark.parametrize("command", COMMANDS)
+@pytest.mark.parametrize("command", [*WITH_OPTIONS, *(f"fleet {action}" for action in FLEET)])
 def test_options_are_offered(ctl, folder, shell, command):
     needs(shell)
     shown = typed(shell, folder, f"marrowctl {command} --\t\t")
     assert options_of(ctl, command) <= set(re.findall(r"--[a-z]+(?:-[a-z]+)*", shown))
 
 
-@pytest.mark.parametrize("command", COMMANDS)
+@pytest.mark.parametrize("command", [*WITH_OPTIONS, *(f"fleet {action}" for action in FLEET)])
 def test_fish_offers_options(ctl, folder, command):
     needs("fish")
     assert offered_by_fish(folder, f"marrowctl {command} --") == options_of(ctl, command)
 
 
 @pytest.mark.parametrize("shell", SHELLS)
-@pytest.mark.parametrize("command", ["check", "run"])
+@pytest.mark.parametrize("command", ["check", "run", "fleet publish", "fleet conduct"])
 def test_settings_files_and_folders_are_offered(folder, shell, command):
     assert offered(shell, folder, f"marrowctl {command} ") == {"run.bst", "Run2.BST", "sub"}
 
@@ -113,6 +137,9 @@ def test_names_of_findings_are_offered(folder, shell):
     ("run ru\t", ["run", "run.bst"]),
     ("run -- ru\t", ["run", "--", "run.bst"]),
     ("run --marrowb\tsub/de\t", ["run", "--marrowbench", "sub/deep.bst"]),
+    ("fl\tpub\t--cont\tsu\t --dry\t", ["fleet", "publish", "--control", "sub", "--dry-run"]),
+    ("fleet unlock --tab\tres\t", ["fleet", "unlock", "--table", "results.csv"]),
+    ("fleet recipe par\t", ["fleet", "recipe", "parallel"]),
 ])
 def test_keys_complete_to_these_arguments(folder, shell, keys, arguments):
     needs(shell)
