@@ -73,6 +73,13 @@ complete -c marrowctl -n '__marrowctl_has_command sweep' -l force -d 'overwrite 
 
 complete -c marrowctl -n '__marrowctl_has_command run' -l strict -d 'warnings stop it, too'
 complete -c marrowctl -n '__marrowctl_has_command run' -l marrowbench -rF -d 'the program that measures'
+complete -c marrowctl -n '__marrowctl_has_command run' -l via -x -a 'clush pdsh ssh parallel ansible srun' -d 'run it on many clients'
+complete -c marrowctl -n '__marrowctl_has_command run' -l hosts -rF -d 'its clients: a file, or names'
+complete -c marrowctl -n '__marrowctl_has_command run' -l control -x -a '(__fish_complete_directories)' -d 'folder on the share'
+complete -c marrowctl -n '__marrowctl_has_command run' -l run -x -d 'name of the run'
+complete -c marrowctl -n '__marrowctl_has_command run' -l give-up -x -d 'clients stop when nothing has come for so long'
+complete -c marrowctl -n '__marrowctl_has_command run' -l timeout -x -d 'report what is there after so long'
+complete -c marrowctl -n '__marrowctl_has_command run' -l marrowctl -rF -d 'marrowctl on the clients'
 complete -c marrowctl -n '__marrowctl_has_command run' -a '(__marrowctl_settings_files)'
 
 for command in run report compare
