@@ -35,9 +35,9 @@ def test_every_file_has_its_usual_place(installed):
     companion = {
         "bin/marrowctl",
         *(f"share/doc/marrowbench/schemas/{name}.schema.json"
-          for name in ("check", "compare", "finished", "published", "ready", "report", "watch")),
+          for name in ("check", "compare", "finished", "probe", "published", "ready", "report", "watch")),
         "share/man/man1/marrowctl.1",
-        *(f"share/man/man1/marrowctl-{name}.1" for name in ("check", "compare", "report", "run", "sweep")),
+        *(f"share/man/man1/marrowctl-{name}.1" for name in ("check", "compare", "fleet", "report", "run", "sweep")),
         "share/bash-completion/completions/marrowctl",
         "share/zsh/site-functions/_marrowctl",
         "share/fish/vendor_completions.d/marrowctl.fish",
