@@ -5,10 +5,11 @@
 
 #include "support/system_clock.h"
 
-// The clock of marrowbench_fast and marrowctl_fast, the programs as their users run them but with time
-// MARROWBENCH_CLOCK_SPEED (60) times as fast: a wait for the start minute takes about a second.
-// Programs that are started with the same MARROWBENCH_CLOCK_START (microseconds since the epoch)
-// agree about the time. MARROWBENCH_CLOCK_OFFSET (microseconds) sets the clock of one of them wrong.
+// The clock of marrowbench_fast and marrowctl_fast, the programs as their users run them but with
+// time MARROWBENCH_CLOCK_SPEED (60) times as fast: a wait for the start minute takes about a
+// second. Programs that are started with the same MARROWBENCH_CLOCK_START (microseconds since the
+// epoch) agree about the time. MARROWBENCH_CLOCK_OFFSET (microseconds) sets the clock of one of
+// them wrong.
 namespace marrowbench {
 namespace {
 

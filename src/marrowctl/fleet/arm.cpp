@@ -63,7 +63,7 @@ class ArmedClient {
         console(options.folder.console(note.host)) {}
 
   ArmOutcome run() {
-    if (const ArmOutcome problem = prepare(); problem.status != done) return problem;
+    if (ArmOutcome problem = prepare(); problem.status != done) return problem;
     const Claim claim = ready.claim({[this] { return interruption.signal() != 0; }, listener.say});
     if (claim.kind != Claim::Kind::held) return outcomeOf(claim);
     ArmOutcome outcome = start();
@@ -73,21 +73,25 @@ class ArmedClient {
 
  private:
   ArmOutcome prepare() {
-    if (const std::string problem = problemOfFolder(options.folder); !problem.empty())
+    if (std::string problem = problemOfFolder(options.folder); !problem.empty())
       return {notDone, problem};
     settings = options.folder.settings();
-    if (options.folder.doneFolder().size() + note.host.size() + sizeof "-999/done__" > kLongestPath)
+    if (options.folder.doneFolder().size() + note.host.size() + sizeof "-999/done__" >
+        kLongestPath) {
       return {notDone, settings + ": the path is too long for the program, which cuts paths at " +
                            std::to_string(kLongestPath) + " characters"};
-    if (note.host == "NoHostNameSet_")
+    }
+    if (note.host == "NoHostNameSet_") {
       listener.say(
           "this machine has no host name of its own, or is called localhost: the program "
           "calls it NoHostNameSet_, as it does every such client");
-    if (fileStatus(settings.c_str()))
+    }
+    if (fileStatus(settings.c_str())) {
       return {answerIsNo, settings +
                               " is there already: the run has begun, and a client that "
                               "starts now would not start with the others. Give a new run "
                               "a new name, or remove what is left of the old one."};
+    }
     return {};
   }
 
@@ -95,9 +99,10 @@ class ArmedClient {
     if (const int code = console.open(); code != 0)
       return {notDone, std::string("the temporary folder: ") + std::strerror(code)};
     if (const int code = program.start({options.program, {settings}, console.descriptor()});
-        code != 0)
+        code != 0) {
       return {notDone, options.program + ": " + std::strerror(code) +
                            ". Where is marrowbench? --program PATH tells."};
+    }
     if (const int code = guard.start(program.id()); code != 0)
       return {notDone, std::string("a process can't be started: ") + std::strerror(code)};
     return {};
@@ -118,9 +123,10 @@ class ArmedClient {
         touching.slowDown(kTouchSeconds);
       }
       if (saving.isDue()) save();
-      if (hasWaitedTooLong())
+      if (hasWaitedTooLong()) {
         return stopped({answerIsNo, "gave up after " + shownDuration(*options.giveUpSeconds) +
                                         ": " + console.awaited() + " did not come"});
+      }
       sleepMs(kTickMs);
     }
   }

@@ -104,10 +104,11 @@ class Conductor {
                                  std::map<std::string, int>& phaseOfPlace) {
     for (const auto& [place, text] : prepared.publication.texts) {
       const auto [known, isNew] = phaseOfPlace.emplace(place, phase);
-      if (!isNew)
+      if (!isNew) {
         refuse(prepared, fmt::format("phases {} and {} both bring {}: give the files that they "
                                      "chain to different names",
                                      known->second, phase, place));
+      }
     }
   }
 
@@ -156,11 +157,12 @@ class Conductor {
     RunState here = state;
     here.awaited.clear();
     std::vector<std::string> reasons = lacks(here);
-    if (phase < phases())
+    if (phase < phases()) {
       reasons.push_back(fmt::format(
           "phase {} would start without them, and is not published: the other clients wait for {} "
           "until they are ended, or give up",
           phase + 1, options.folder.settings(phase + 1)));
+    }
     return incomplete(phase, std::move(reasons));
   }
 

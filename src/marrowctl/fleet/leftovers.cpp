@@ -24,10 +24,12 @@ class Folders {
   [[nodiscard]] bool hold(const std::string& file) {
     const fs::path path(file);
     const std::string folder = path.parent_path().string();
-    const auto [known, isNew] = names.try_emplace(folder.empty() ? "." : folder);
-    if (isNew)
-      (void)forEachName(known->first, [&](const std::string& name) { known->second.insert(name); });
-    return known->second.contains(path.filename().string());
+    const auto added = names.try_emplace(folder.empty() ? "." : folder);
+    auto& known = added.first->second;
+    if (added.second) {
+      (void)forEachName(added.first->first, [&](const std::string& name) { known.insert(name); });
+    }
+    return known.contains(path.filename().string());
   }
 
  private:

@@ -18,7 +18,7 @@ std::int64_t processorMs() {
 
 }  // namespace
 
-Pace::Pace(std::int64_t seconds) : intervalMs(seconds * 1000), lastMs(0) { nowMs(lastMs); }
+Pace::Pace(std::int64_t seconds) : intervalMs(seconds * 1000) { nowMs(lastMs); }
 
 bool Pace::isDue() {
   std::int64_t now = 0;

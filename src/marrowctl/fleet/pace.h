@@ -18,7 +18,7 @@ class Pace {
 
  private:
   std::int64_t intervalMs;
-  std::int64_t lastMs;
+  std::int64_t lastMs = 0;
 };
 
 /// Pauses between looks at a run: a second, or as much longer as keeps the program below a

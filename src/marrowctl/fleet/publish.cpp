@@ -44,9 +44,10 @@ std::vector<std::string> hostsOf(const Roll& roll, const Wanted& wanted) {
 
 void addLeftovers(const Leftovers& leftovers, std::vector<std::string>& sentences) {
   const auto add = [&sentences](const char* what, const std::vector<std::string>& paths) {
-    if (!paths.empty())
+    if (!paths.empty()) {
       sentences.push_back(
           fmt::format("of an earlier run there is still {}: {}", what, shownNames(paths, 5)));
+    }
   };
   add("a done marker, by which the client would seem to have ended", leftovers.markers);
   add("a table, to which the rows would be added", leftovers.tables);
@@ -216,10 +217,11 @@ Preparation prepareToPublish(const PublishOptions& options) {
   if (options.isBeforeArming) return preparation;
   refuse(preparation, answerIsNo, absences(preparation.roll, options.wanted));
   std::vector<std::string> clocks = wrongClocks(preparation.roll, preparation.rounding);
-  if (!clocks.empty())
+  if (!clocks.empty()) {
     clocks.emplace_back(
         "clients start by their own clocks: set them, as chrony or NTP do, and try "
         "again a minute later");
+  }
   refuse(preparation, answerIsNo, std::move(clocks));
   return preparation;
 }

@@ -58,7 +58,7 @@ Claim ReadyFile::claim(const Watcher& watcher) {
     // Not by the code: shares without one for "it exists" say EPERM.
     const std::optional<SeenReadyFile> other = seeReadyFile(path);
     if (!other) continue;
-    const Claim left = waitFor(*other, watcher);
+    Claim left = waitFor(*other, watcher);
     if (left.kind != Claim::Kind::held) return left;
     const std::optional<SeenReadyFile> now = seeReadyFile(path);
     // A third client may have taken its place meanwhile. Should both delete and create it at the

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <map>
 
 #include "marrowctl/fleet/recipe_parts.h"
@@ -53,7 +54,7 @@ std::string problemOfHosts(const std::vector<std::string>& hosts) {
   std::map<std::string, std::string> clients;
   for (const std::string& host : hosts) {
     if (!isPlainName(host)) {
-      return printable(host) + " is no name of a host: letters, digits, \".\", \"_\" and \"-\" are";
+      return printable(host) + R"( is no name of a host: letters, digits, ".", "_" and "-" are)";
     }
     const std::string client(hostNameFrom(host).view());
     const auto [known, isNew] = clients.emplace(client, host);
@@ -80,17 +81,17 @@ std::string problemOfText(Engine engine, const std::string& text) {
   const bool isYaml = engine == Engine::ansible || engine == Engine::kubernetes;
   if (isYaml && !isUtf8(text)) return shown + " is no UTF-8, which a YAML file can't hold";
   if (engine == Engine::parallel && text.find('{') != std::string::npos)
-    return shown + " has a \"{\", for which GNU parallel puts something else";
+    return shown + R"( has a "{", for which GNU parallel puts something else)";
   return {};
 }
 
 std::string problemOf(Engine engine, const RecipeOptions& options) {
   for (const std::string& text :
        {options.folder.control, options.program, options.image, options.mount, options.claim}) {
-    const std::string problem = problemOfText(engine, text);
+    std::string problem = problemOfText(engine, text);
     if (!problem.empty()) return problem;
   }
-  const std::string problem = problemOfHosts(options.hosts);
+  std::string problem = problemOfHosts(options.hosts);
   if (!problem.empty() || engine != Engine::kubernetes) return problem;
   return problemOfPods(options);
 }
@@ -99,6 +100,7 @@ std::string problemOf(Engine engine, const RecipeOptions& options) {
 
 std::vector<std::string_view> engineNames() {
   std::vector<std::string_view> names;
+  names.reserve(std::size(kEngines));
   for (const EngineKind& kind : kEngines) names.push_back(kind.name);
   return names;
 }

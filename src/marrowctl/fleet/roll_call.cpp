@@ -91,17 +91,19 @@ std::vector<std::string> absences(const Roll& roll, const Wanted& wanted) {
                                : fmt::format("{} of {} clients are ready: {}", shownCount(found),
                                              shownCount(all), names(roll.readyHosts()));
   sentences.push_back(some);
-  if (!missing.empty())
+  if (!missing.empty()) {
     sentences.push_back(
         fmt::format("missing: {}. \"marrowctl fleet arm\" makes a machine ready", names(missing)));
+  }
   for (const PresentClient& client : roll.gone) {
     sentences.push_back(fmt::format(
         "{} is gone: nobody has touched its ready file for {} (process {}, armed at {})",
         client.host, shownDuration(client.ageMs / kMsOfSecond), client.note.pid, client.note.time));
   }
-  if (!roll.starting.empty())
+  if (!roll.starting.empty()) {
     sentences.push_back(
         fmt::format("about to be ready, in a few seconds: {}", names(roll.starting)));
+  }
   return sentences;
 }
 

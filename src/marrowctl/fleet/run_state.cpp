@@ -87,9 +87,10 @@ void addMissing(const RunState& state, std::vector<std::string>& sentences) {
     std::sort(hosts.begin(), hosts.end());
     sentences.push_back(fmt::format("missing: {}: {}", shownNames(hosts, kMostNames), reason));
   }
-  if (state.namelessClients > 0)
+  if (state.namelessClients > 0) {
     sentences.push_back(fmt::format("missing: {} of which no name is known",
                                     shownCount(state.namelessClients, "client")));
+  }
 }
 
 void addRows(const RunState& state, std::vector<std::string>& sentences) {
@@ -100,9 +101,10 @@ void addRows(const RunState& state, std::vector<std::string>& sentences) {
   if (state.knowsOwners) {
     std::vector<std::string> hosts;
     for (const WatchedClient& client : state.clients) {
-      if (client.rows < state.rowsPerClient)
+      if (client.rows < state.rowsPerClient) {
         hosts.push_back(
             fmt::format("{} ({})", client.host, shownCount(state.rowsPerClient - client.rows)));
+      }
     }
     std::sort(hosts.begin(), hosts.end());
     sentence += ", of " + shownNames(hosts, kMostNames);

@@ -113,10 +113,11 @@ void RunWatch::readFolder() {
     });
   }
   // Before the first client is armed there is no such folder.
-  if (code == ENOENT)
+  if (code == ENOENT) {
     trouble = problemOfShare(folder);
-  else
+  } else {
     trouble = code == 0 ? "" : folder.path() + ": " + std::strerror(code);
+  }
   for (const std::string& host : readyHosts) {
     WatchedClient& client = seen.clients[indexOf(host)];
     client.finishedStatus.reset();
@@ -191,9 +192,10 @@ void RunWatch::takeNote(const PublishedNote& note) {
 bool RunWatch::takesPart(const WatchedClient& client) const {
   if (invited.contains(client.host)) return true;
   const std::int64_t published = *seen.publishedMs;
-  if (readyHosts.contains(client.host))
+  if (readyHosts.contains(client.host)) {
     return changedMs(folder.ready(client.host)).value_or(0) >=
            published - kGoneSeconds * kMsOfSecond;
+  }
   return changedMs(folder.finished(client.host)).value_or(0) >= published;
 }
 

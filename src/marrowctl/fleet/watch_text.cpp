@@ -110,10 +110,11 @@ std::string bar(std::int64_t part, std::int64_t all, std::size_t width, const Te
   std::string text;
   for (std::size_t i = 0; i < width; ++i) {
     const bool isFilled = i < filled;
-    if (style.hasBlocks)
+    if (style.hasBlocks) {
       text += isFilled ? "█" : "░";
-    else
+    } else {
       text += isFilled ? '#' : '-';
+    }
   }
   return text;
 }
@@ -206,18 +207,20 @@ void addGrid(const RunState& state, const TextStyle& style, std::size_t lineCoun
   const std::size_t shown = isCut ? places - 1 : clients.size();
   std::size_t used = 0;
   const auto put = [&](const std::string& text, Tone tone, std::size_t i) {
-    if (i % columns == 0)
+    if (i % columns == 0) {
       lines.emplace_back();
-    else
+    } else {
       lines.back() += std::string(column - used, ' ');
+    }
     lines.back() += toned(text, tone, style);
     used = std::min(columnsOf(text), column);
   };
   for (std::size_t i = 0; i < shown; ++i)
     put(shownClient(*clients[i], state), toneOf(clients[i]->state), i);
-  if (isCut)
+  if (isCut) {
     put(fmt::format("and {} more", shownCount(static_cast<std::int64_t>(clients.size() - shown))),
         Tone::faint, shown);
+  }
 }
 
 }  // namespace

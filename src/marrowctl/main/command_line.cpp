@@ -111,9 +111,10 @@ void OptionSet::duration(const char* name, std::optional<std::int64_t>& seconds,
           name,
           [=, &seconds](const std::string& text) {
             seconds = secondsOf(text);
-            if (!seconds)
+            if (!seconds) {
               throw CLI::ValidationError(
                   name, fmt::format("{} is no time such as 90s, 15m, 2h or 1d", text));
+            }
           },
           help)
       ->type_name("DURATION");

@@ -86,9 +86,8 @@ struct FleetCommand {
 };
 
 /// An Outcome when there is nothing left to do: help, the version, or what is wrong with the usage.
-using Command =
-    std::variant<Outcome, CheckCommand, SweepCommand, RunCommand, ReportCommand, CompareCommand,
-                 FleetCommand>;
+using Command = std::variant<Outcome, CheckCommand, SweepCommand, RunCommand, ReportCommand,
+                             CompareCommand, FleetCommand>;
 
 /// What the arguments behind the program's name ask for.
 [[nodiscard]] Command readCommandLine(std::span<char* const> arguments);

@@ -14,8 +14,10 @@ constexpr char kShowCursor[] = "\033[?25h";
 constexpr int kStops[] = {SIGTSTP, SIGQUIT};
 
 // A handler reaches nothing but what is global.
+// NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables)
 volatile std::sig_atomic_t terminalOfHandler = -1;
 volatile std::sig_atomic_t wasStopped = 0;
+// NOLINTEND(cppcoreguidelines-avoid-non-const-global-variables)
 
 extern "C" void showCursorAndStop(int number) {
   if (terminalOfHandler >= 0) (void)!write(terminalOfHandler, kShowCursor, sizeof kShowCursor - 1);

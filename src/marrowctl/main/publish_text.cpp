@@ -105,9 +105,10 @@ PublishListener printingListener(const PublishOptions& options, std::FILE* outpu
                          timeOfDay(window.startMs), shownDuration(secondsToStart),
                          shownDuration(window.lengthMs / 1000)),
              output);
-    if (window.lengthMs < kShortWindowMs)
+    if (window.lengthMs < kShortWindowMs) {
       printNow("That is little: those that see it later start a minute after the others.\n",
                output);
+    }
   };
   return listener;
 }

@@ -43,10 +43,11 @@ class Watching {
     SparingPace pace;
     for (;;) {
       const bool isTimeUp = hasPassed(start);
-      if (isTimeUp || looksLeft < kLastLooks)
+      if (isTimeUp || looksLeft < kLastLooks) {
         watch.lookAtAll();
-      else
+      } else {
         watch.look();
+      }
       if (!watch.problem().empty()) return notDone;
       const RunState& state = watch.state();
       if (isOver(state)) --looksLeft;

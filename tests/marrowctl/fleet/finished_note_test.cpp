@@ -35,8 +35,8 @@ TEST(FinishedNote, TellsWhyItCannotBeWritten) {
 
 TEST(FinishedNote, RefusesWhatIsNone) {
   for (const char* const text :
-       {"", "{}", "[]", "{\"schema\":\"marrowctl.finished/1\"}",
-        "{\"schema\":\"marrowctl.finished/1\",\"status\":\"0\"}", "{\"status\":0}"}) {
+       {"", "{}", "[]", R"({"schema":"marrowctl.finished/1"})",
+        R"({"schema":"marrowctl.finished/1","status":"0"})", R"({"status":0})"}) {
     EXPECT_FALSE(finishedNoteFrom(text)) << text;
   }
 }

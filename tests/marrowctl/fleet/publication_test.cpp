@@ -23,7 +23,7 @@ class PublicationTest : public testing::Test {
   }
 
   std::string put(const std::string& name, const std::string& text) const {
-    const std::string path = temporary.path() + "/mine/" + name;
+    std::string path = temporary.path() + "/mine/" + name;
     test::writeFile(path.c_str(), text);
     return path;
   }

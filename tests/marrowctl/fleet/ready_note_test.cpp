@@ -71,7 +71,7 @@ TEST(ReadyNote, RefusesWhatIsNone) {
   const std::string text = textOf(someNote(), 0);
   for (const std::string& other :
        {std::string(), std::string("{}"), std::string("[]"), std::string("7"),
-        std::string("{\"schema\":\"marrowctl.ready/2\"}"), text.substr(0, text.size() / 2)}) {
+        std::string(R"({"schema":"marrowctl.ready/2"})"), text.substr(0, text.size() / 2)}) {
     EXPECT_FALSE(readyNoteFrom(other)) << other;
   }
 }

@@ -81,9 +81,10 @@ TEST(MakeRecipe, RefusesHostsThatNoEngineTakes) {
 TEST(MakeRecipe, RefusesPathsThatItCannotHold) {
   RecipeOptions options = optionsFor({"c1"});
   options.folder.control = "/srv/a\nb";
-  for (const std::string_view name : engineNames())
+  for (const std::string_view name : engineNames()) {
     EXPECT_TRUE(holds(makeRecipe(*engineNamed(name), options).problem, "control character"))
         << name;
+  }
   options.folder.control = "/srv/\xff";
   EXPECT_EQ(makeRecipe(Engine::pdsh, options).problem, "");
   EXPECT_TRUE(holds(makeRecipe(Engine::ansible, options).problem, "no UTF-8"));

@@ -233,7 +233,7 @@ std::set<std::string> hostsOf(const RunWatch& watch) {
 }
 
 TEST_F(RunWatchTest, ClientsThatHadGoneBeforeItWasPublishedDoNotCount) {
-  const auto leave = [this](const std::string& path, std::int64_t when) {
+  const auto leave = [](const std::string& path, std::int64_t when) {
     test::writeFile(path.c_str(), "{}");
     test::setModified(path.c_str(), kPublished + when);
   };
