@@ -49,7 +49,7 @@ int Guard::start(pid_t guarded) {
 
 Guard::~Guard() {
   if (pipeEnd < 0) return;
-  (void)write(pipeEnd, "", 1);
+  (void)!write(pipeEnd, "", 1);
   (void)close(pipeEnd);
   while (process > 0 && waitpid(process, nullptr, 0) < 0 && errno == EINTR) continue;
 }

@@ -35,7 +35,8 @@ void writeHosts(JsonWriter& json, const RunState& state) {
             [](const WatchedClient* a, const WatchedClient* b) { return a->host < b->host; });
   json.key("hosts").beginArray();
   for (const WatchedClient* const client : clients) {
-    const auto rows = state.knowsOwners ? std::optional(client->rows) : std::nullopt;
+    std::optional<std::int64_t> rows;
+    if (state.knowsOwners) rows = client->rows;
     json.beginObject()
         .member("host", client->host)
         .member("state", nameOf(client->state))

@@ -86,7 +86,7 @@ void Detachment::goOnAlone() {
     (void)dup2(nowhere, standard);
   }
   if (nowhere > STDERR_FILENO) (void)close(nowhere);
-  (void)write(toOldProcess, "", 1);
+  (void)!write(toOldProcess, "", 1);
   (void)close(toOldProcess);
   toOldProcess = -1;
 }

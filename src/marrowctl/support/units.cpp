@@ -101,7 +101,7 @@ std::string shownSize(std::int64_t bytes) {
 std::string shownCount(std::int64_t count) {
   std::string digits = std::to_string(count);
   const std::size_t front = count < 0 ? 1 : 0;
-  for (std::size_t i = digits.size(); i > front + 3; i -= 3) digits.insert(i - 3, ",");
+  for (std::size_t i = digits.size(); i > front + 3; i -= 3) digits.insert(i - 3, 1, ',');
   return digits;
 }
 
