@@ -28,7 +28,7 @@ MARROWBENCH = f"""#!/bin/sh
 unset MARROWBENCH_CLOCK_SPEED MARROWBENCH_CLOCK_OFFSET
 exec {FAST_MARROWBENCH} "$@"
 """
-SECOND_AT_THE_BEGINNING = 44
+SECOND_AT_THE_BEGINNING = 40
 
 pytestmark = pytest.mark.skipif(bool(EMULATOR), reason="engines start the programs themselves")
 

@@ -11,7 +11,7 @@
 #include "marrowctl/table/parameters.h"
 #include "marrowctl/table/path_shape.h"
 
-/// Rows in about forty bytes each, so that ten million fit into the memory of any machine.
+/// Rows in forty bytes each: ten million fit into the memory of any machine.
 namespace marrowbench::ctl {
 
 /// What rows of the same parameters and shapes of texts share.
@@ -49,12 +49,11 @@ struct WideValues {
   std::int64_t percent = 0;
 };
 
-/// Rows that stand together, with the numbers of their texts behind one another: for each row the
-/// lines since the row before it, then its numbers. 0 stands for the number at the same place of
-/// the source: the paths of a copy have most of theirs in common, and the digits of no number are
-/// 0.
+/// Rows that stand together.
 struct RowBlock {
   std::vector<StoredRow> rows;
+  /// For each row the lines since the row before it and the numbers of its texts. 0 repeats the
+  /// number at that place of the source: copies have most in both of their paths.
   std::vector<std::uint8_t> numbers;
 };
 
@@ -79,8 +78,7 @@ class RowStore {
   /// Ends the file whose rows were added since the last call.
   void endFile() { fileEnds.push_back(rowCount); }
 
-  /// Ends the adding of rows and gives back what only that takes. Before it, no cursor unpacks
-  /// them.
+  /// Behind the last row, before any is unpacked. Gives back what only adding takes.
   void finish();
 
   [[nodiscard]] std::uint64_t size() const { return rowCount; }
@@ -96,11 +94,8 @@ class RowStore {
  private:
   void endBlock();
 
-  struct TextHash {
+  struct TextHash : std::hash<std::string_view> {
     using is_transparent = void;
-    std::size_t operator()(std::string_view text) const {
-      return std::hash<std::string_view>()(text);
-    }
   };
   std::unordered_map<std::string, std::uint32_t, TextHash, std::equal_to<>> kindsByKey;
   std::vector<std::uint8_t> packed;  // numbers of the block that is being filled
