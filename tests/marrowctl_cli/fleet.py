@@ -1,5 +1,6 @@
 """Clients of a run on this machine, each with its own host name, and what they leave behind."""
 
+import contextlib
 import json
 import os
 import pathlib
@@ -28,6 +29,24 @@ def clock_at(second):
     """For programs with a clock of their own: it is this second of a minute there now, and goes on as usual."""
     return {"MARROWBENCH_CLOCK_SPEED": "1",
             "MARROWBENCH_CLOCK_OFFSET": str(int((second - time.time()) % 60 * 1_000_000))}
+
+
+@contextlib.contextmanager
+def small_file_system(folder, size="64k"):
+    folder.mkdir()
+    subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={size}", "tmpfs", folder], check=True)
+    try:
+        yield
+    finally:
+        subprocess.run(["umount", "--lazy", folder], check=True)
+
+
+def fill_up(folder):
+    """Writes until there is no space left."""
+    with open(folder / "filling", "wb", buffering=0) as file:
+        with pytest.raises(OSError):
+            while True:
+                file.write(b"x" * 4096)
 
 
 def state_of(pid):

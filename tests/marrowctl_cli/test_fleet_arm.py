@@ -6,13 +6,12 @@ import pathlib
 import pty
 import re
 import signal
-import subprocess
 import time
 
 import pytest
 
 from conftest import ROOT
-from fleet import FAST_COMMAND, FAST_MARROWBENCH, fleet, is_gone, settings_line
+from fleet import FAST_COMMAND, FAST_MARROWBENCH, fill_up, fleet, is_gone, settings_line, small_file_system
 from program_bench import wait_until
 
 __all__ = ["fleet"]
@@ -289,39 +288,25 @@ def test_what_cannot_be_done_is_told(fleet, ctl, detach):
 
 @pytest.mark.skipif(os.geteuid() != 0, reason="mounts a small file system")
 def test_a_full_share_is_told(fleet):
-    fleet.folder.mkdir()
-    subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "tmpfs", fleet.folder], check=True)
-    try:
-        with open(fleet.folder / "filling", "wb") as file:
-            with pytest.raises(OSError):
-                while True:
-                    os.write(file.fileno(), b"x" * 4096)
+    with small_file_system(fleet.folder):
+        fill_up(fleet.folder)
         done = fleet.run("arm", "--program", FAST_MARROWBENCH, host="c1")
         assert done.returncode == 2
         assert done.stderr == (f"marrowctl fleet arm: {fleet.folder}/ready__c1: "
                                "No space left on device\n")
         assert fleet.names() == {"filling"}
-    finally:
-        subprocess.run(["umount", "--lazy", fleet.folder], check=True)
 
 
 @pytest.mark.skipif(os.geteuid() != 0, reason="mounts a small file system")
 def test_a_share_that_fills_up_later_stops_no_client(fleet):
-    fleet.folder.mkdir()
-    subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "tmpfs", fleet.folder], check=True)
-    try:
+    with small_file_system(fleet.folder):
         (client,) = fleet.arm_all(["c1"])
         put(fleet, settings_line())
-        with open(fleet.folder / "filling", "wb") as file:
-            with pytest.raises(OSError):
-                while True:
-                    os.write(file.fileno(), b"x" * 4096)
+        fill_up(fleet.folder)
         status, out, err = ended(client)
         assert status == 0 and "No space left on device" in err
         assert "Config loaded." in out
         assert fleet.processes() == []
-    finally:
-        subprocess.run(["umount", "--lazy", fleet.folder], check=True)
 
 
 def test_a_run_needs_its_folder_and_a_plain_name(fleet, ctl):

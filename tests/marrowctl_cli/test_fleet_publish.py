@@ -4,13 +4,12 @@ import json
 import os
 import re
 import signal
-import subprocess
 import time
 
 import pytest
 
 from conftest import ROOT
-from fleet import FAST_COMMAND, Fleet, clock_at, fleet, settings_line
+from fleet import FAST_COMMAND, Fleet, clock_at, fill_up, fleet, settings_line, small_file_system
 from program_bench import DATE, wait_until
 
 __all__ = ["fleet"]
@@ -280,21 +279,14 @@ def test_dry_run_publishes_nothing(fleet):
 
 @pytest.mark.skipif(os.geteuid() != 0, reason="mounts a small file system")
 def test_a_full_share_is_told(fleet):
-    fleet.folder.mkdir()
-    subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "tmpfs", fleet.folder], check=True)
-    try:
+    with small_file_system(fleet.folder):
         fleet.arm_all(["c1"])
-        with open(fleet.folder / "filling", "wb") as file:
-            with pytest.raises(OSError):
-                while True:
-                    os.write(file.fileno(), b"x" * 4096)
+        fill_up(fleet.folder)
         done = fleet.run("publish", "--hosts", "c1", "--now", write(fleet, settings_line()))
         assert done.returncode == 2
         assert refusals(done) == [f"{fleet.folder}/monday.bst: No space left on device"]
         assert "monday.bst" not in fleet.names()
         assert not any(name.startswith(".monday") for name in fleet.names())
-    finally:
-        subprocess.run(["umount", "--lazy", fleet.folder], check=True)
 
 
 @pytest.mark.parametrize("arguments, message", [

@@ -6,13 +6,17 @@ import re
 import signal
 import time
 
-from fleet import FAST_COMMAND, fleet, settings_line
+import pytest
+
+from conftest import EMULATOR
+from fleet import FAST_COMMAND, fill_up, fleet, settings_line, small_file_system, state_of
 from program_bench import wait_until
 
 __all__ = ["fleet"]
 
 HOSTS = [f"c{number:02}" for number in range(10)]
 LIST = "c[00-09]"
+SLOW_CALLS = os.environ.get("MARROWBENCH_SLOW_CALLS", "")
 
 
 def settings(fleet):
@@ -95,6 +99,55 @@ def test_a_client_whose_end_nobody_has_noticed_yet_is_named_in_the_run(fleet):
     assert re.search(r"^  missing: c03: it is gone: nobody has touched its ready file for 3 min \d+ s$", done.stderr,
                      re.MULTILINE)
     assert done.stderr.endswith("  2 of 20 rows missing, of c03 (2)\n")
+
+
+@pytest.mark.skipif(not SLOW_CALLS, reason="needs a program with glibc, for another library to be put before it")
+@pytest.mark.skipif(bool(EMULATOR), reason="the emulator would get the library that is put before the program")
+def test_a_client_that_is_killed_while_it_holds_the_lock_is_named_with_it(fleet, ctl):
+    clients = fleet.arm_all(HOSTS[:3])
+    # It stops itself when it has written its note into the lock.
+    clients.append(fleet.arm("c03", environment={
+        "LD_PRELOAD": SLOW_CALLS, "SLOW_CALLS_STOP": "noted", "SLOW_CALLS_LOG": str(ctl.folder / "calls"),
+        "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0"}))
+    wait_until(lambda: fleet.ready("c03"))
+    table, lock = fleet.folder / "results.csv", fleet.folder / "results.csv_lock.txt"
+    published = publish(fleet, hosts="c[00-03]")
+    assert published.returncode == 0, published.stderr
+    wait_until(lambda: any(state_of(pid) == "T" for pid in fleet.processes()), 120)
+    clients[3].kill()
+    clients[3].wait(timeout=60)
+    lost = 0
+    for client in clients[:3]:
+        out, err = client.communicate(timeout=120)
+        assert client.returncode == 0
+        lost += (out + err).count("marrowbench: row lost: ")
+    touched_long_ago(fleet.folder / "ready__c03")
+    done = fleet.run("watch", "--hosts", "c[00-03]")
+    assert done.returncode == 1
+    assert "  missing: c03: it is gone: nobody has touched its ready file for 3 min " in done.stderr
+    assert re.search(rf"^  {lost + 2} of 8 rows missing, of ", done.stderr, re.MULTILINE), done.stderr
+    assert re.search(rf"^  the lock {re.escape(str(lock))} is \d+ s old: no row is appended while it is there\. "
+                     rf'"marrowctl fleet unlock --table {re.escape(str(table))}" shows and removes it$', done.stderr,
+                     re.MULTILINE)
+    assert f"Lock  {lock}\n" in ctl.run("fleet", "unlock", "--table", table).stdout
+    assert ctl.run("fleet", "unlock", "--table", table, "--age", "0s", "--yes").returncode == 0
+    assert not lock.exists()
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason="mounts a small file system")
+def test_a_share_that_is_full_in_the_run_is_told(fleet):
+    with small_file_system(fleet.folder, "256k"):
+        clients = fleet.arm_all(HOSTS[:3])
+        assert publish(fleet, hosts="c[00-02]").returncode == 0
+        fill_up(fleet.folder)
+        told = [client.communicate(timeout=120) for client in clients]
+        assert [client.returncode for client in clients] == [0, 0, 0]
+        for out, err in told:
+            assert "No space left on device" in out, "a file of the test"
+            assert "marrowbench: row lost: " in out + err, "and its row"
+        done = fleet.run("watch", "--hosts", "c[00-02]", "--timeout", "0")
+        assert done.returncode == 1
+        assert "  6 of 6 rows missing" in done.stderr
 
 
 def test_a_marker_of_last_week_is_told_and_does_not_count(fleet, ctl):

@@ -13,7 +13,7 @@ constexpr std::int64_t kMostPauseMs = 60'000;
 constexpr std::int64_t kPartOfProcessor = 100;
 
 std::int64_t processorMs() {
-  return static_cast<std::int64_t>(std::clock()) * 1000 / CLOCKS_PER_SEC;
+  return static_cast<std::int64_t>(std::clock()) * 1000 / std::int64_t{CLOCKS_PER_SEC};
 }
 
 }  // namespace

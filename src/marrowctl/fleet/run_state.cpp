@@ -7,6 +7,7 @@
 
 #include "marrowctl/fleet/ready_file.h"
 #include "marrowctl/report/completeness.h"
+#include "marrowctl/support/shell_words.h"
 #include "marrowctl/support/units.h"
 
 namespace marrowbench::ctl {
@@ -14,6 +15,8 @@ namespace {
 
 constexpr std::int64_t kMsOfSecond = 1000;
 constexpr std::int64_t kLateMs = 60'000;
+// Six times as long as a client waits for a lock.
+constexpr std::int64_t kLeftBehindMs = 60'000;
 constexpr std::size_t kMostNames = 20;
 
 // When half of the clients had their first row; nothing while fewer have one.
@@ -112,6 +115,17 @@ void addRows(const RunState& state, std::vector<std::string>& sentences) {
   sentences.push_back(sentence);
 }
 
+// A client that is killed while it holds the lock of a table keeps all others from it.
+void addLocks(const RunState& state, std::vector<std::string>& sentences) {
+  for (const WatchedLock& lock : state.locks) {
+    if (!isOver(state) && lock.ageMs < kLeftBehindMs) continue;
+    sentences.push_back(fmt::format(
+        "the lock {} is {} old: no row is appended while it is there. \"marrowctl fleet unlock "
+        "--table {}\" shows and removes it",
+        lock.path, shownDuration(lock.ageMs / kMsOfSecond), shellWord(lock.table)));
+  }
+}
+
 }  // namespace
 
 const char* nameOf(ClientState state) {
@@ -174,6 +188,7 @@ std::vector<std::string> lacks(const RunState& state) {
       sentences.push_back(fmt::format("still {}: {}", nameOf(each), namesOf(state, each)));
   }
   addRows(state, sentences);
+  addLocks(state, sentences);
   if (!state.awaited.empty())
     sentences.push_back(state.awaited + " has not been published yet, and clients wait for it");
   if (state.clients.empty()) sentences.emplace_back("no client is known");

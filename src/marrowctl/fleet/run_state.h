@@ -38,6 +38,7 @@ struct WatchedClient {
 };
 
 struct WatchedLock {
+  std::string table;
   std::string path;
   std::int64_t ageMs = 0;
 };

@@ -264,7 +264,9 @@ void RunWatch::readLocks(std::size_t most) {
   inTurn(tables.size(), most, nextLock, [this](std::size_t i) {
     const std::string path = lockOf(tables[i].path());
     const auto changed = changedMs(path);
-    if (changed) seen.locks.push_back({path, std::max<std::int64_t>(seen.nowMs - *changed, 0)});
+    if (!changed) return;
+    const std::int64_t age = std::max<std::int64_t>(seen.nowMs - *changed, 0);
+    seen.locks.push_back({tables[i].path(), path, age});
   });
 }
 

@@ -208,11 +208,34 @@ TEST(Lacks, SaysThatNothingHasBegun) {
   EXPECT_EQ(lacks(state), Names{"nothing has been published for this run yet"});
 }
 
+TEST(Lacks, NamesLocksThatWereLeftBehind) {
+  const std::string told =
+      "the lock /a b.csv_lock.txt is 1 min 0 s old: no row is appended while it is there. "
+      "\"marrowctl fleet unlock --table '/a b.csv'\" shows and removes it";
+  RunState state = stateAt(0, 1);
+  judgeClients(state);
+  state.locks = {{"/a b.csv", "/a b.csv_lock.txt", 60'000}};
+  EXPECT_EQ(lacks(state).back(), told);
+  state.locks[0].ageMs = 59'999;
+  EXPECT_EQ(lacks(state).back(), "2 of 2 rows missing, of c1 (2)") << "it may be held";
+}
+
+TEST(Lacks, NamesEachLockWhenNobodyIsLeft) {
+  RunState state = stateAt(0, 1);
+  state.clients[0].touchedMs.reset();
+  state.clients[0].finishedStatus = 1;
+  judgeClients(state);
+  state.locks = {{"/a.csv", "/a.csv_lock.txt", 2000}};
+  EXPECT_EQ(lacks(state).back(),
+            "the lock /a.csv_lock.txt is 2 s old: no row is appended while it is there. "
+            "\"marrowctl fleet unlock --table /a.csv\" shows and removes it");
+}
+
 TEST(WatchTable, FitsTheTerminal) {
   RunState state = stateAt(30, 1000);
   addRows(state, 0, 1);
   state.clients[7].touchedMs.reset();
-  state.locks = {{"/t.csv_lock.txt", 3000}, {"/u.csv_lock.txt", 61'000}};
+  state.locks = {{"/t.csv", "/t.csv_lock.txt", 3000}, {"/u.csv", "/u.csv_lock.txt", 61'000}};
   judgeClients(state);
   for (const int width : {40, 80, 200}) {
     for (const int height : {4, 5, 6, 10, 24, 60}) {
@@ -230,7 +253,7 @@ TEST(WatchTable, ShowsEverything) {
   state.clients[1].markers = 1;
   state.clients[2].touchedMs.reset();
   state.lastRowMs = state.nowMs - 4000;
-  state.locks = {{"/t.csv_lock.txt", 3000}};
+  state.locks = {{"/t.csv", "/t.csv_lock.txt", 3000}};
   judgeClients(state);
   const auto lines = watchTable(state, {false, 80, false}, 20);
   const Names expected = {
