@@ -360,6 +360,7 @@ def test_a_list_of_thousands_is_folded_where_the_engine_can(ctl):
 
 @pytest.mark.parametrize("arguments, message", [
     (["pdssh"], "unknown engine pdssh; did you mean pdsh?"),
+    (["foo"], "unknown engine foo; there are clush, pdsh, ssh, parallel, ansible, srun, sbatch, kubernetes"),
     ([], "name an engine: clush, pdsh, ssh, parallel, ansible, srun, sbatch, kubernetes"),
     (["pdsh", "clush"], "too much: clush"),
     (["pdsh", "--hosts", ""], "--hosts: name the clients"),

@@ -41,7 +41,11 @@ Outcome runRecipe(RecipeCommand command) {
 
 std::string unknownEngine(const std::string& name) {
   const std::vector<std::string_view> names = engineNames();
-  return "unknown engine " + printable(name) + didYouMean(name, names);
+  const std::string meant = didYouMean(name, names);
+  if (!meant.empty()) return "unknown engine " + printable(name) + meant;
+  std::string all;
+  for (const std::string_view known : names) all.append(all.empty() ? "" : ", ").append(known);
+  return "unknown engine " + printable(name) + "; there are " + all;
 }
 
 }  // namespace

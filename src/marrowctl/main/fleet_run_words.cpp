@@ -1,7 +1,9 @@
 #include "marrowctl/main/fleet_run_words.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <sstream>
+#include <system_error>
 
 #include "marrowctl/support/folded_names.h"
 #include "marrowctl/support/shell_words.h"
@@ -49,7 +51,10 @@ std::string commandsOf(const std::string& recipe) {
 std::string listOf(const RecipeOptions& recipe) { return foldedNames(recipe.hosts); }
 
 Words checkWords(const RecipeOptions& recipe, const RunCommand& run) {
-  Words words = {"marrowctl", "check", "--hosts", listOf(recipe), run.file};
+  // By its whole path: a folder of relative paths may be refused where its text is too short.
+  std::error_code code;
+  const std::filesystem::path whole = std::filesystem::absolute(run.file, code);
+  Words words = {"marrowctl", "check", "--hosts", listOf(recipe), code ? run.file : whole.string()};
   if (run.isStrict) words.emplace_back("--strict");
   return words;
 }

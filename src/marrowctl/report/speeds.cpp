@@ -60,9 +60,9 @@ void GroupedFigures::arrange(const ResultSet& set, const std::vector<MovedRows>&
 void GroupedFigures::fill(const ResultSet& set, const std::vector<MovedRows>& counts) {
   std::vector<std::uint64_t> nextFirst = begins, nextLater = begins;
   for (std::size_t i = 0; i < counts.size(); ++i) nextLater[i] += counts[i].first;
-  for (RowCursor rows(set, Unpacking::nothing); rows.next();) {
+  for (RowCursor rows(set, Unpacking::nothing, range); rows.next();) {
     const ResultRow& row = rows.row();
-    if (!row.moved || !holds(row.test)) continue;
+    if (!row.moved) continue;
     auto& next = row.iteration > 0 ? nextLater : nextFirst;
     const std::uint64_t place = next[row.series]++;
     times[place] = static_cast<double>(row.milliseconds);

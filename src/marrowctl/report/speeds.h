@@ -16,11 +16,6 @@ struct MovedRows {
   std::uint64_t later = 0;
 };
 
-/// Tests that stand side by side in a set: [begin, end).
-struct TestRange {
-  std::size_t begin = 0, end = 0;
-};
-
 /// Divides all tests of a set into ranges whose figures together take little memory beside that of
 /// the rows. A range holds one test at least, however many rows that has.
 [[nodiscard]] std::vector<TestRange> rangesOfTests(const ResultSet& set,

@@ -20,7 +20,7 @@ std::int64_t bytesOf(const StoredRow& row, const Parameters& parameters) {
 bool RowCursor::next() {
   do {
     if (!stored.next()) return false;
-  } while ((stored.row().flags & isJudged) == 0);
+  } while (!visits(stored.row()));
   const StoredRow& row = stored.row();
   const RowKind& kind = stored.kind();
   const Series& series = set_.series[row.series];

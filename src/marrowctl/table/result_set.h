@@ -89,13 +89,20 @@ struct ResultRow {
   std::uint64_t line = 0;  ///< from 1
 };
 
+/// Tests that stand side by side in a set: [begin, end).
+struct TestRange {
+  std::size_t begin = 0, end = SIZE_MAX;
+};
+
 /// Visits the rows of the judged runs in the order in which they stand in the files.
 class RowCursor {
  public:
   /// @param set  kept and not changed by its owner while the cursor is used
   /// @param unpacking  nothing: lines are 0 and there are no texts, which is faster
-  explicit RowCursor(const ResultSet& set, Unpacking unpacking = Unpacking::all)
-      : set_(set), stored(set.store, unpacking) {}
+  /// @param tests  whose rows are visited
+  explicit RowCursor(const ResultSet& set, Unpacking unpacking = Unpacking::all,
+                     TestRange tests = {})
+      : set_(set), stored(set.store, unpacking), range(tests) {}
 
   /// Steps to the first or next row. @return false behind the last one
   bool next();
@@ -111,8 +118,15 @@ class RowCursor {
   [[nodiscard]] std::string error() const { return stored.error(); }
 
  private:
+  [[nodiscard]] bool visits(const StoredRow& row) const {
+    if ((row.flags & isJudged) == 0) return false;
+    const std::uint32_t test = set_.series[row.series].test;
+    return test >= range.begin && test < range.end;
+  }
+
   const ResultSet& set_;
   StoredRowCursor stored;
+  const TestRange range;
   ResultRow current;
 };
 
