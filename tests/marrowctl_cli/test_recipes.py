@@ -252,10 +252,14 @@ def models():
     return pytest.importorskip("kubernetes.client.models", reason="needs python3-kubernetes")
 
 
+def pod_of(job):
+    return job["spec"]["template"]["spec"]
+
+
 def misfits_of(job, models):
     """Also what a model needs: it refuses to be made without."""
     found = misfits(job, "V1Job", models, "job")
-    pod = job["spec"]["template"]["spec"]
+    pod = pod_of(job)
     for container in pod["containers"]:
         models.V1Container(name=container["name"])
         for mount in container["volumeMounts"]:
@@ -273,7 +277,7 @@ def test_manifest_is_what_kubernetes_takes(ctl, models):
 
 def test_what_kubernetes_does_not_take_is_found(ctl, models):
     (job,) = manifest(ctl, hosts="c1")
-    pod = job["spec"]["template"]["spec"]
+    pod = pod_of(job)
     pod["hostNames"] = pod.pop("hostname")
     job["spec"]["backoffLimit"] = "0"
     pod["containers"][0]["command"] = "marrowctl"
@@ -282,7 +286,7 @@ def test_what_kubernetes_does_not_take_is_found(ctl, models):
 
 def test_each_pod_has_its_own_host_name_and_node(ctl):
     jobs = manifest(ctl)
-    pods = [job["spec"]["template"]["spec"] for job in jobs]
+    pods = [pod_of(job) for job in jobs]
     assert [pod["hostname"] for pod in pods] == ["c1", "c02", "c03", "c04", "n9"]
     assert [pod["nodeSelector"]["kubernetes.io/hostname"] for pod in pods] == HOSTS
     names = [job["metadata"]["name"] for job in jobs]
@@ -301,16 +305,16 @@ def expanded(word):
 def test_pods_get_the_words_and_the_folder(ctl):
     for path in PATHS:
         (job,) = manifest(ctl, path, "c1")
-        container = job["spec"]["template"]["spec"]["containers"][0]
+        container = pod_of(job)["containers"][0]
         words = container["command"]
         assert not any(re.search(r"(?<!\$)(\$\$)*\$\(", word) for word in words), "a variable"
         assert [expanded(word) for word in words] == ["marrowctl", *arm(path)]
         (mount,) = container["volumeMounts"]
-        (volume,) = job["spec"]["template"]["spec"]["volumes"]
+        (volume,) = pod_of(job)["volumes"]
         assert mount["mountPath"] == volume["hostPath"]["path"] == path
         assert mount["name"] == volume["name"]
     (job,) = manifest(ctl, "/srv/a/b", "c1", ["--mount", "/srv/a", "--claim", "bench"])
-    pod = job["spec"]["template"]["spec"]
+    pod = pod_of(job)
     assert pod["volumes"][0]["persistentVolumeClaim"] == {"claimName": "bench"}
     assert pod["containers"][0]["volumeMounts"][0]["mountPath"] == "/srv/a"
 
