@@ -251,6 +251,7 @@ std::string watchLine(const RunState& state) {
     if (count > 0) text += fmt::format(" {} {},", shownCount(count), nameOf(each));
   }
   if (text.ends_with(',')) text.pop_back();
+  if (text.ends_with(':')) text += " no client";
   if (state.publishedMs) {
     text += fmt::format("; rows {}; last row {}; {}", rowsText(state), lastRowText(state),
                         lockText(state));

@@ -311,5 +311,11 @@ TEST(WatchLine, SaysItInOneLine) {
             "last row 4 s ago; no lock");
 }
 
+TEST(WatchLine, SaysThatNobodyIsThere) {
+  RunState state = stateAt(0);
+  state.publishedMs.reset();
+  EXPECT_EQ(watchLine(state), "22:14:00 monday waits for its settings file: no client");
+}
+
 }  // namespace
 }  // namespace marrowbench::ctl
