@@ -68,7 +68,7 @@ std::string labels(const RecipeOptions& options, const char* indent) {
 }
 
 // A Job for each client, on its node: one that fails is not started again, where it would run its
-// tests a second time.
+// tests a second time. All keys are those of Kubernetes' batch/v1.
 std::string jobOf(const RecipeOptions& options, const std::string& host) {
   const std::string client = clientOf(host);
   std::string text = fmt::format("---\napiVersion: batch/v1\nkind: Job\nmetadata:\n  name: {}\n",
