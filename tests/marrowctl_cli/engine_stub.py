@@ -27,7 +27,8 @@ if name == "ssh":
     if rest[0] in os.environ.get("STUB_DOWN", "").split():
         sys.exit(255)
     words = rest[2:] if rest[1] == "--" else rest[1:]
-    # As sshd does: the words become one, which the user's shell reads.
+    # As sshd does: the words become one, which the user's shell reads; SHELL names it, which GNU parallel needs.
+    os.environ["SHELL"] = "/bin/sh"
     os.execvp("sh", ["sh", "-c", " ".join(words)])
 if name == "srun":
     rest = sys.argv[1:]
