@@ -87,16 +87,16 @@ void LineReader::take(TextLine& line, std::size_t length, bool isEnded) {
   line.isCut = length > kLongest;
 }
 
-void findSeparators(std::string_view text, char separator, std::vector<std::uint32_t>& positions) {
-  positions.clear();
+std::size_t findSeparators(std::string_view text, char separator, std::uint32_t* positions) {
+  std::uint32_t* next = positions;
   for (std::size_t at = 0; at < text.size(); at += kMaskBytes) {
     std::uint64_t mask = equalMask(text.data() + at, separator);
     if (text.size() - at < kMaskBytes) mask &= (std::uint64_t{1} << (text.size() - at)) - 1;
     for (; mask != 0; mask &= mask - 1) {
-      positions.push_back(static_cast<std::uint32_t>(at) +
-                          static_cast<std::uint32_t>(std::countr_zero(mask)));
+      *next++ = static_cast<std::uint32_t>(at) + static_cast<std::uint32_t>(std::countr_zero(mask));
     }
   }
+  return static_cast<std::size_t>(next - positions);
 }
 
 }  // namespace marrowbench::ctl

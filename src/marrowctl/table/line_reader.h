@@ -57,10 +57,12 @@ class LineReader {
   std::uint64_t number = 0;
 };
 
-/// Positions of all separators of a line, in their order.
+/// Writes the positions of all separators of a line, in their order, to `positions`.
 ///
-/// @param text  with kMaskBytes readable bytes behind it
-void findSeparators(std::string_view text, char separator, std::vector<std::uint32_t>& positions);
+/// @param text       with kMaskBytes readable bytes behind it
+/// @param positions  room for as many as the text has bytes
+/// @return how many there are
+std::size_t findSeparators(std::string_view text, char separator, std::uint32_t* positions);
 
 }  // namespace marrowbench::ctl
 

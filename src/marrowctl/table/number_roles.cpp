@@ -29,6 +29,7 @@ struct Range {
 struct KindNumbers {
   std::vector<NumberPlace> places;
   std::vector<Range> ranges;
+  std::uint64_t hashOfPaths = 0;
   std::int64_t firstEnd = 0;  // of its first row
 };
 
@@ -86,8 +87,11 @@ class RoleFinder {
 
  private:
   void collect() {
+    const std::hash<std::string> hashOf;
     for (std::size_t i = 0; i < store.kinds.size(); ++i) {
-      numbers[i].places = placesOf(store.kinds[i]);
+      const RowKind& kind = store.kinds[i];
+      numbers[i].hashOfPaths = hashOf(kind.source) ^ hashOf(kind.dest) * 3;
+      numbers[i].places = placesOf(kind);
       numbers[i].ranges.resize(numbers[i].places.size());
       roles[i].resize(numbers[i].places.size(), NumberRole::text);
     }
@@ -195,7 +199,7 @@ class RoleFinder {
                           rows.numbers()[i] != rows.numbers()[except];
       if (counts) mix(rows.numbers()[i] * 64 + i);
     }
-    mix(std::hash<std::string>()(kind.source) ^ std::hash<std::string>()(kind.dest) * 3);
+    mix(numbers[rows.row().kind].hashOfPaths);
     return hash;
   }
 

@@ -53,19 +53,29 @@ bool appendShape(std::string_view text, std::string& shape, std::vector<Digits>&
   return true;
 }
 
-bool hasShape(std::string_view text, std::string_view shape, std::vector<Digits>& numbers) {
+ShapeMatcher::ShapeMatcher(std::string_view shape) {
+  for (;;) {
+    const std::string_view part = shape.substr(0, shape.find(kNumberMark));
+    fixed += part;
+    lengths.push_back(part.size());
+    if (part.size() == shape.size()) return;
+    shape.remove_prefix(part.size() + 1);
+  }
+}
+
+bool ShapeMatcher::matches(std::string_view text, std::vector<Digits>& numbers) const {
   const char* at = text.data();
   const char* const end = at + text.size();
-  for (;;) {
+  const char* part = fixed.data();
+  for (std::size_t i = 0;; ++i) {
     // Between marks a shape has no digit, so that none is overlooked where the texts are equal.
-    const std::size_t length = std::min(shape.find(kNumberMark), shape.size());
-    if (static_cast<std::size_t>(end - at) < length) return false;
-    if (std::memcmp(at, shape.data(), length) != 0) return false;
-    at += length;
-    if (length == shape.size()) return at == end;
+    if (static_cast<std::size_t>(end - at) < lengths[i]) return false;
+    if (std::memcmp(at, part, lengths[i]) != 0) return false;
+    at += lengths[i];
+    part += lengths[i];
+    if (i + 1 == lengths.size()) return at == end;
     if (at == end || !isDigit(*at)) return false;
     numbers.push_back(takeDigits(at, end));
-    shape.remove_prefix(length + 1);
   }
 }
 

@@ -36,10 +36,22 @@ using Digits = std::uint64_t;
 [[nodiscard]] bool appendShape(std::string_view text, std::string& shape,
                                std::vector<Digits>& numbers);
 
-/// Whether a text has this shape, which is quicker than to make its own. Appends its numbers to
-/// `numbers`; where it has another shape, some may have been appended.
-[[nodiscard]] bool hasShape(std::string_view text, std::string_view shape,
-                            std::vector<Digits>& numbers);
+/// Tells whether texts have one shape, which is quicker than to make the shape of each.
+class ShapeMatcher {
+ public:
+  /// The empty shape.
+  ShapeMatcher() : ShapeMatcher(std::string_view()) {}
+  explicit ShapeMatcher(std::string_view shape);
+
+  /// Appends the numbers of the text to `numbers`; where it has another shape, some may have been
+  /// appended.
+  [[nodiscard]] bool matches(std::string_view text, std::vector<Digits>& numbers) const;
+
+ private:
+  std::string fixed;  // the shape without its marks
+  std::vector<std::size_t>
+      lengths;  // of what stands in front of each mark, and behind the last one
+};
 
 /// The text of a shape. @param numbers  as many as there are marks; moved behind those that it took
 [[nodiscard]] std::string filledShape(std::string_view shape, const Digits*& numbers);

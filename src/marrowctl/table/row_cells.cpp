@@ -81,10 +81,11 @@ bool RowReader::split(std::string_view text, bool isEnded, RowCells& cells) {
   if (cells.separator != ',' && cells.separator != ';') {
     return refuse(isEnded ? "no separator behind its date" : "torn: the file ends in it");
   }
-  findSeparators(text, cells.separator, separators);
+  if (room.size() <= text.size()) room.resize(text.size() + 1);
+  std::size_t found = findSeparators(text, cells.separator, room.data());
   // Some programs drop the one behind the last cell.
-  if (text.back() != cells.separator) separators.push_back(static_cast<std::uint32_t>(text.size()));
-  const std::size_t found = separators.size();
+  if (text.back() != cells.separator) room[found++] = static_cast<std::uint32_t>(text.size());
+  separators = {room.data(), found};
   if (!isEnded && found != kCells) return refuse("torn: the file ends in it");
   if (found < kCells) {
     return refuse(std::to_string(found) + " cells instead of " + std::to_string(kCells));

@@ -2,6 +2,7 @@
 #define MARROWBENCH_MARROWCTL_TABLE_ROW_CELLS_H
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -54,7 +55,8 @@ class RowReader {
   [[nodiscard]] std::string_view fromRight(std::string_view text, std::size_t cell) const;
   bool refuse(std::string text);
 
-  std::vector<std::uint32_t> separators;
+  std::vector<std::uint32_t> room;      // as much as the longest line so far could need
+  std::span<std::uint32_t> separators;  // of the line at hand; the last one may be its end
   std::string why;
 };
 

@@ -125,9 +125,8 @@ bool TableReader::takeLines(int fileDescriptor, std::string& problem) {
 bool TableReader::isOfLastKind(const RowCells& cells) {
   numbers.clear();
   if (lastKind == nullptr || cells.parameters != lastParameters) return false;
-  const RowKind& kind = set.store.kinds[*lastKind];
-  return hasShape(cells.source, kind.source, numbers) && hasShape(cells.dest, kind.dest, numbers) &&
-         hasShape(cells.error, kind.error, numbers);
+  return lastSource.matches(cells.source, numbers) && lastDest.matches(cells.dest, numbers) &&
+         lastError.matches(cells.error, numbers);
 }
 
 const std::uint32_t* TableReader::kindOf(const RowCells& cells, std::string& reason) {
@@ -164,10 +163,14 @@ const std::uint32_t* TableReader::kindOf(const RowCells& cells, std::string& rea
   return remember(cells, set.store.findKind(key));
 }
 
-const std::uint32_t* TableReader::remember(const RowCells& cells, const std::uint32_t* kind) {
+const std::uint32_t* TableReader::remember(const RowCells& cells, const std::uint32_t* index) {
+  const RowKind& kind = set.store.kinds[*index];
   lastParameters = cells.parameters;
-  lastKind = kind;
-  return kind;
+  lastKind = index;
+  lastSource = ShapeMatcher(kind.source);
+  lastDest = ShapeMatcher(kind.dest);
+  lastError = ShapeMatcher(kind.error);
+  return index;
 }
 
 void TableReader::takeRow(const TextLine& line, const RowCells& cells) {

@@ -52,7 +52,7 @@ class TableReader {
 
   /// Takes its numbers where it is.
   [[nodiscard]] bool isOfLastKind(const RowCells& cells);
-  const std::uint32_t* remember(const RowCells& cells, const std::uint32_t* kind);
+  const std::uint32_t* remember(const RowCells& cells, const std::uint32_t* index);
 
   ResultSet& set;
   Progress progress;
@@ -69,6 +69,7 @@ class TableReader {
   // Of the row before it.
   std::string lastParameters;
   const std::uint32_t* lastKind = nullptr;
+  ShapeMatcher lastSource, lastDest, lastError;
 };
 
 }  // namespace marrowbench::ctl

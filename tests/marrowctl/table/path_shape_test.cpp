@@ -37,7 +37,7 @@ TEST(PathShape, RefusesATextWithTheMark) {
                   shape, numbers));
 }
 
-TEST(HasShape, FindsWhatAppendShapeWouldMake) {
+TEST(ShapeMatcher, FindsWhatAppendShapeWouldMake) {
   const std::vector<std::string> texts = {"",
                                           "7",
                                           "a",
@@ -56,11 +56,12 @@ TEST(HasShape, FindsWhatAppendShapeWouldMake) {
     std::string shape;
     std::vector<Digits> numbers;
     if (!appendShape(one, shape, numbers)) continue;
+    const ShapeMatcher matcher(shape);
     for (const std::string& other : texts) {
       std::string otherShape;
       std::vector<Digits> expected, taken;
       const bool isSame = appendShape(other, otherShape, expected) && otherShape == shape;
-      ASSERT_EQ(hasShape(other, shape, taken), isSame) << one << " and " << other;
+      ASSERT_EQ(matcher.matches(other, taken), isSame) << one << " and " << other;
       if (isSame) {
         EXPECT_EQ(taken, expected) << other;
       }
