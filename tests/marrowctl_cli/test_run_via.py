@@ -111,7 +111,7 @@ def test_one_command_goes_from_the_settings_file_to_the_verdict(via, engine):
         f"marrowctl fleet publish {place} --hosts 'c[1-3]' {via.folder}/mine.bst",
         f"marrowctl fleet watch {place} --hosts 'c[1-3]'",
         f"marrowctl report {via.fleet.control}/mine/results.csv --settings {via.fleet.control}/mine/mine.bst "
-        "--hosts 'c[1-3]'"]
+        f"--hosts 'c[1-3]' --done {via.fleet.control}/mine/_mine_log"]
     assert "One table is safe" in done.stderr
     assert "Published. The tests start at " in done.stderr
     # What the engine starts is shown as it is typed.

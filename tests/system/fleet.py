@@ -1,6 +1,7 @@
 """Hosts as an administrator has them: reached by ssh under their names, one folder in common, and the engines
 that start programs on them."""
 
+import json
 import os
 import pathlib
 import shutil
@@ -138,6 +139,19 @@ PartitionName=all Nodes=ALL Default=YES State=UP OverSubscribe=FORCE:50
 
     def close(self):
         self.lab.close()
+
+
+def hosts_ready(run_folder):
+    """The hosts whose program waits for the settings file of a run."""
+    found = []
+    for path in sorted(run_folder.glob("ready__*")):
+        try:
+            note = json.loads(path.read_text())
+        except (FileNotFoundError, json.JSONDecodeError):
+            continue  # it is written at this moment
+        if note["marrowbench"] and note["clockOffsetMs"] is not None:
+            found.append(note["host"])
+    return found
 
 
 def missing_for(*programs):

@@ -149,6 +149,8 @@ class Nfs(Server):
     on_guests = True
     daemon = "ganesha.nfsd"
     keeps_data = True    # its mounts wait for the server
+    # Else a client that looked in vain for a name may not see it for a minute.
+    options = "lookupcache=positive"
 
     def start(self):
         if not self.host.processes("rpcbind"):
@@ -169,9 +171,15 @@ EXPORT {{ Export_Id = 1; Path = {self.data}; Pseudo = /bench; Access_Type = RW;
 
     def mount(self, client, point=MOUNT_POINT):
         client.run("/run/modprobe", "-a", "nfs", "nfsv4")
-        # Else a client that looked in vain for the settings file may not see it for a minute.
-        client.run("mount", "-t", "nfs", "-o", "vers=4.1,lookupcache=positive,nosharecache",
+        client.run("mount", "-t", "nfs", "-o", f"vers=4.1,nosharecache,{self.options}",
                    f"{SERVER_ADDRESS}:/bench", point)
+
+
+class RememberingNfs(Nfs):
+    """As NFS mounts that remember what they saw, and what was not there, for a minute."""
+
+    name = "nfs-remembering"
+    options = "lookupcache=all,actimeo=60"
 
 
 class Smb(Server):

@@ -9,7 +9,7 @@ import pytest
 
 from conftest import may_make_namespaces
 from figures import MEASURED
-from fleet import Fleet, missing_for
+from fleet import Fleet, hosts_ready, missing_for
 from program_bench import wait_until
 
 CLIENTS = 4
@@ -71,15 +71,7 @@ class Run:
 
     def ready(self):
         """Those whose program waits."""
-        found = []
-        for path in sorted(self.folder.glob("ready__*")):
-            try:
-                note = json.loads(path.read_text())
-            except (FileNotFoundError, json.JSONDecodeError):
-                continue
-            if note["marrowbench"] and note["clockOffsetMs"] is not None:
-                found.append(note["host"])
-        return found
+        return hosts_ready(self.folder)
 
     def publish(self, *options):
         return self.start("publish", "--hosts", HOSTS, *options, self.settings())

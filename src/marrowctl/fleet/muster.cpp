@@ -35,7 +35,7 @@ class Mustering {
   Mustering(const MusterOptions& musterOptions, RecipeProcess& recipeProcess)
       : options(musterOptions), engine(recipeProcess) {}
 
-  MusterOutcome run(const std::function<void(std::size_t ready)>& looked) {
+  MusterOutcome run(const std::function<void(const MusterLook&)>& looked) {
     ClockReading reading;
     const std::string& control = options.recipe.folder.control;
     if (const int code = readShareClock(control, reading); code != 0)
@@ -43,13 +43,14 @@ class Mustering {
     const std::string problem = engine.start(options.engine, options.recipe);
     if (!problem.empty()) return {notDone, {problem}, 0};
     const ShareTime share(reading);
+    const std::int64_t startMs = now();
     for (;;) {
       // Asked first, so that clients which it has armed last are seen.
       noteEnd();
       Roll roll;
       if (const int code = callRoll(options.recipe.folder, share, roll); code != 0)
         return {notDone, {options.recipe.folder.path() + ": " + std::strerror(code)}, 0};
-      looked(roll.ready.size());
+      looked({roll.ready.size(), (now() - startMs) / kMsPerSecond, !endMs});
       std::vector<std::string> missing = absences(roll, options.wanted);
       if (missing.empty()) return {done, {}, roll.ready.size()};
       if (isTimeUp()) return {answerIsNo, std::move(missing), roll.ready.size()};
@@ -86,7 +87,7 @@ class Mustering {
 }  // namespace
 
 MusterOutcome muster(const MusterOptions& options, RecipeProcess& engine,
-                     const std::function<void(std::size_t ready)>& looked) {
+                     const std::function<void(const MusterLook&)>& looked) {
   return Mustering(options, engine).run(looked);
 }
 

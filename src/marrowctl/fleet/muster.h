@@ -2,6 +2,7 @@
 #define MARROWBENCH_MARROWCTL_FLEET_MUSTER_H
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -25,13 +26,20 @@ struct MusterOutcome {
   std::size_t ready = 0;              ///< clients that are
 };
 
+/// How far it is.
+struct MusterLook {
+  std::size_t ready = 0;     ///< clients that are
+  std::int64_t seconds = 0;  ///< since the engine was started
+  bool engineRuns = false;
+};
+
 /// Has an engine arm all clients, and waits until each of them has its ready file, or until it is
 /// clear that some will not: the engine has failed, or has ended a while ago.
 ///
 /// @param engine  runs on where it keeps the clients in its foreground
-/// @param looked  told again and again how many are ready
+/// @param looked  told once a second how far it is
 [[nodiscard]] MusterOutcome muster(const MusterOptions& options, RecipeProcess& engine,
-                                   const std::function<void(std::size_t ready)>& looked);
+                                   const std::function<void(const MusterLook&)>& looked);
 
 }  // namespace marrowbench::ctl
 

@@ -6,6 +6,8 @@
 #include <array>
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -126,11 +128,13 @@ class FleetRun {
     sayRecipe(mustering.engine, engineName, recipe);
     ProgressLine line("marrowctl run: ", 0);
     std::size_t last = 0;
-    const MusterOutcome found = muster(mustering, engine, [&](std::size_t ready) {
-      if (!line.isDue() && ready == last) return;
-      last = ready;
-      line.show(fmt::format("{} of {} ready", shownCount(static_cast<std::int64_t>(ready)),
-                            shownCount(static_cast<std::int64_t>(recipe.hosts.size()), "client")));
+    const MusterOutcome found = muster(mustering, engine, [&](const MusterLook& look) {
+      if (!line.isDue() && look.ready == last) return;
+      last = look.ready;
+      line.show(fmt::format(
+          "{} of {} ready after {}, {} {}", shownCount(static_cast<std::int64_t>(look.ready)),
+          shownCount(static_cast<std::int64_t>(recipe.hosts.size()), "client"),
+          shownDuration(look.seconds), engineName, look.engineRuns ? "still runs" : "has ended"));
     });
     line.clear();
     if (found.status == done) return std::nullopt;
@@ -174,6 +178,10 @@ class FleetRun {
     reporting.tables = tablePatterns(plan);
     reporting.from.settings = {recipe.folder.settings()};
     reporting.from.hostLists = {listOf(recipe)};
+    // Without it nobody has come to the end, which the rows tell as well.
+    std::error_code code;
+    const std::string markers = recipe.folder.doneFolder();
+    if (std::filesystem::is_directory(markers, code)) reporting.doneFolder = markers;
     reporting.page = command.page;
     sayStep(reportWords(recipe, reporting));
     Outcome outcome = runReport(reporting);

@@ -90,6 +90,7 @@ Words reportWords(const RecipeOptions& recipe, const ReportCommand& report) {
   Words words = {"marrowctl", "report"};
   append(words, report.tables);
   append(words, {"--settings", recipe.folder.settings(), "--hosts", listOf(recipe)});
+  if (!report.doneFolder.empty()) append(words, {"--done", report.doneFolder});
   if (!report.page.file.empty()) append(words, {"--html", report.page.file});
   if (report.page.overwrites) words.emplace_back("--force");
   return words;
