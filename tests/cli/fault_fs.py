@@ -14,6 +14,7 @@
               aged   files are `length` seconds older than they are
               whole  times are whole seconds
               case   small and capital letters are the same
+              exact  there is none, and files are always made exclusively
               none   there is none; only files are never made exclusively, as far as this mount is
                      asked: it takes `length` milliseconds from the question whether there is one
 
@@ -103,7 +104,8 @@ class FaultyFolder(Operations):
     def create(self, path, mode, info=None):
         if self.has("none", path):
             time.sleep(self.length / 1000)
-        return os.open(self.inside(path), os.O_RDWR | os.O_CREAT, mode)
+        exclusive = os.O_EXCL if self.has("exact", path) else 0
+        return os.open(self.inside(path), os.O_RDWR | os.O_CREAT | exclusive, mode)
 
     def truncate(self, path, length, handle=None):
         os.truncate(self.inside(path), length)

@@ -166,12 +166,25 @@ def test_full_share_is_not_usable(ctl, mounts):
     assert [path.name for path in share.iterdir()] == ["full"]
 
 
+def notes_on_sight(found):
+    return [note for note in found["notes"] if "one mount" in note]
+
+
 def test_two_mounts_of_one_folder(ctl, mounts, share):
-    found = probe(ctl, share, mounts.same("again", share))
+    found = probe(ctl, *(mounts.faulty(share, "exact", "name=*", name=name) for name in ("one", "two")))
     assert found["verdict"] == "one table"
-    assert [each["mount"]["point"] for each in found["folders"]][1] == str(ctl.folder / "again")
+    assert [each["mount"]["point"] for each in found["folders"]] == [f"{ctl.folder}/one", f"{ctl.folder}/two"]
     assert found["secondMount"]["removedFile"]["unseen"] == 0
-    assert not any("one mount" in note for note in found["notes"])
+    assert notes_on_sight(found) == []
+
+
+def test_folders_of_one_mount_show_no_other_client(ctl, mounts, share):
+    for second in (share, mounts.same("again", share)):
+        found = probe(ctl, share, second)
+        assert found["folders"][1]["path"] == str(second)
+        ours, usual = notes_on_sight(found)
+        assert ours.startswith("both are one mount to this system: mount it again with nosharecache (NFS)")
+        assert usual.startswith("seen through one mount of one machine")
 
 
 def test_create_that_several_win_forbids_one_table(ctl, mounts, share):

@@ -46,7 +46,7 @@ bool isLate(const Delays& delays) {
 
 // Without a second mount nobody has looked: what usually is the case is said.
 bool applies(Complaint complaint, const Probe& probe) {
-  if (!probe.second) return complaint == Complaint::lateNewFiles;
+  if (!probe.seesAnotherClient() || !probe.second) return complaint == Complaint::lateNewFiles;
   if (complaint == Complaint::lateNewFiles) return isLate(probe.second->newFileLookedFor);
   return isLate(probe.second->removedFile) || isLate(probe.second->changedFile);
 }

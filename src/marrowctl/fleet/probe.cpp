@@ -64,11 +64,23 @@ std::string problemWith(const std::string& path, int code) {
   return path + ": " + std::strerror(code);
 }
 
+// Linux gives the second mount of a share what it has of the first, and with it all that it keeps
+// in mind, unless it is told not to. Asked below both folders, where an automounter has mounted.
+bool areOneMount(const ProbeFolder& folder) {
+  struct stat first {
+  }, second{};
+  return stat(folder.path.c_str(), &first) == 0 && stat(folder.second.c_str(), &second) == 0 &&
+         first.st_dev == second.st_dev;
+}
+
 void probeIn(const ProbeFolder& folder, ProbeOutcome& outcome) {
   const ProbeOptions& asked = outcome.probe.asked;
   const double limit = folder.isQuick ? kQuickSecondsUntilShown : kSecondsUntilShown;
   const bool isShown = folder.second.empty() || isShownWithin(folder.second, limit);
-  if (isShown) return tryAll(folder, outcome.probe);
+  if (isShown) {
+    outcome.probe.isOneMount = !folder.second.empty() && areOneMount(folder);
+    return tryAll(folder, outcome.probe);
+  }
   outcome.problem = asked.second + ": it does not show what is made in " + asked.folder +
                     ": another share, or its files are seen late";
 }

@@ -77,6 +77,7 @@ struct FileTimes {
 struct Probe {
   ProbeOptions asked;
   std::optional<Mount> mount, secondMountPoint;
+  bool isOneMount = false;  ///< both folders are one to the system, which has one memory for both
   double seconds = 0;  ///< that it took
   /// Ordinary calls that failed or did something else: "rename over a file: ...".
   std::vector<std::string> troubles;
@@ -87,6 +88,10 @@ struct Probe {
   std::optional<double> secondsPerRow;  ///< of a client that has the table to itself
   std::optional<RowTest> rows;
   std::optional<SecondMount> second;
+
+  /// Whether what it found is also what another client would: it had a mount with a memory of its
+  /// own for that.
+  [[nodiscard]] bool seesAnotherClient() const { return !asked.second.empty() && !isOneMount; }
 };
 
 struct ProbeOutcome {

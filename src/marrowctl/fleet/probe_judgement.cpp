@@ -123,11 +123,20 @@ void noteDelays(const SecondMount& second, Texts& notes) {
         "clients that wait for a settings file may start in different minutes");
 }
 
+void noteSight(const Probe& probe, Texts& notes) {
+  if (probe.seesAnotherClient()) return;
+  addIf(probe.isOneMount, notes,
+        "both are one mount to this system: mount it again with nosharecache (NFS) or nosharesock "
+        "(SMB)");
+  notes.push_back(
+      std::string("seen through one mount of one machine: what other clients see, and when, it "
+                  "can't tell") +
+      (probe.isOneMount ? "" : "; name a second mount of the share for that"));
+}
+
 Texts notesOn(const Probe& probe) {
   Texts notes;
-  addIf(probe.asked.second.empty(), notes,
-        "seen through one mount of one machine: what other clients see, and when, it can't tell; "
-        "name a second mount of the share for that");
+  noteSight(probe, notes);
   addIf(!probe.races, notes, "no processes could be started to race for a file");
   if (probe.second) noteDelays(*probe.second, notes);
   addIf(probe.preallocationRefusal.has_value(), notes,

@@ -138,6 +138,21 @@ TEST(Judge, NotesWhatOneShouldKnowBesides) {
   }
 }
 
+TEST(Judge, TwoFoldersOfOneMountShowNoOtherClient) {
+  Probe probe = goodShare();
+  probe.isOneMount = true;
+  const ProbeJudgement judgement = judge(probe);
+  EXPECT_EQ(judgement.verdict, ProbeVerdict::oneTable);
+  ASSERT_EQ(judgement.notes.size(), 2U);
+  EXPECT_EQ(judgement.notes[0],
+            "both are one mount to this system: mount it again with nosharecache (NFS) or "
+            "nosharesock (SMB)");
+  EXPECT_TRUE(judgement.notes[1].ends_with("what other clients see, and when, it can't tell"));
+  // What the one memory shows at once is no reason to keep the advice back.
+  ASSERT_EQ(judgement.options.size(), 1U);
+  EXPECT_TRUE(judgement.options[0].starts_with("lookupcache=positive"));
+}
+
 TEST(Judge, WholeSecondsMakeNoWrongClock) {
   Probe probe = goodShare();
   probe.times = FileTimes{1'000'000'000, -0.9, 0.1};
