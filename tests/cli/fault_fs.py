@@ -13,6 +13,7 @@
               rename it fails with the errno `code`
               aged   files are `length` seconds older than they are
               whole  times are whole seconds
+              slow   a file that is opened, made or renamed takes `length` milliseconds
               case   small and capital letters are the same
               exact  there is none, and files are always made exclusively
               none   there is none; only files are never made exclusively, as far as this mount is
@@ -98,12 +99,18 @@ class FaultyFolder(Operations):
     def readdir(self, path, handle):
         return [".", "..", *os.listdir(self.inside(path))]
 
+    def take_time(self, path):
+        if self.has("slow", path):
+            time.sleep(self.length / 1000)
+
     def open(self, path, flags):
+        self.take_time(path)
         return os.open(self.inside(path), flags)
 
     def create(self, path, mode, info=None):
         if self.has("none", path):
             time.sleep(self.length / 1000)
+        self.take_time(path)
         exclusive = os.O_EXCL if self.has("exact", path) else 0
         return os.open(self.inside(path), os.O_RDWR | os.O_CREAT | exclusive, mode)
 
@@ -115,6 +122,7 @@ class FaultyFolder(Operations):
 
     def rename(self, old, new):
         self.fail_if("rename", new)
+        self.take_time(new)
         os.rename(self.inside(old), self.inside(new))
 
     def mkdir(self, path, mode):

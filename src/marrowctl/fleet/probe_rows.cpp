@@ -11,6 +11,7 @@
 #include "marrowctl/fleet/crew.h"
 #include "marrowctl/fleet/probe_steps.h"
 #include "marrowctl/fleet/stopwatch.h"
+#include "marrowctl/support/units.h"
 #include "results/shared_table.h"
 
 namespace marrowbench::ctl {
@@ -148,6 +149,24 @@ bool makePlace(const ProbeFolder& folder, const std::string& name) {
 
 }  // namespace
 
+void judgeRowsAlone(const RowTest& alone, double seconds, Probe& probe) {
+  const auto complain = [&probe](const std::string& what) {
+    probe.troubles.push_back(what + ", with nobody else there");
+  };
+  const bool isWhole = alone.locked + alone.failed == 0;
+  if (alone.locked > 0) complain("a single client waited for the lock in vain");
+  if (alone.failed > 0) {
+    complain(fmt::format("a single client could not write {}", shownCount(alone.failed, "row")));
+  }
+  if (alone.told == 0 && isWhole) complain("a single client got no row written");
+  if (alone.kept < alone.told) {
+    complain(fmt::format("of {} of a single client {} are in the table",
+                         shownCount(alone.told, "row"), alone.kept));
+  } else if (alone.told > 0 && isWhole) {
+    probe.secondsPerRow = seconds / alone.told;
+  }
+}
+
 void appendRows(const ProbeFolder& folder, Probe& probe) {
   const Effort effort = folder.isQuick ? kQuick : kFull;
   double seconds = 0;
@@ -157,13 +176,7 @@ void appendRows(const ProbeFolder& folder, Probe& probe) {
   }
   const RowTest alone = appendTogether(folder, "alone", 1, effort.rowsAlone, seconds);
   if (isInterrupted()) return;
-  if (alone.kept < effort.rowsAlone) {
-    probe.troubles.push_back(
-        fmt::format("of {} rows of a single client {} are in the table, with nobody else there",
-                    effort.rowsAlone, alone.kept));
-  } else {
-    probe.secondsPerRow = seconds / effort.rowsAlone;
-  }
+  judgeRowsAlone(alone, seconds, probe);
   probe.rows = appendTogether(folder, "together", effort.clients, effort.rows, seconds);
 }
 

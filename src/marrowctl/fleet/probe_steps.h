@@ -34,6 +34,12 @@ void tryCalls(const ProbeFolder& folder, Probe& probe);
 /// Rows of one client, and then of several at once.
 void appendRows(const ProbeFolder& folder, Probe& probe);
 
+/// What comes of the rows of a client that had the table to itself: how long one takes, or that the
+/// share is unfit. How many there are is no matter: a slow share has time for few.
+///
+/// @param seconds  that they took
+void judgeRowsAlone(const RowTest& alone, double seconds, Probe& probe);
+
 [[nodiscard]] SecondMount watchSecondMount(const ProbeFolder& folder);
 
 /// Waits until the second mount shows the file or folder. @return false: not within the seconds
