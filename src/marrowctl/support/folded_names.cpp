@@ -54,14 +54,23 @@ std::optional<std::string> nextName(std::string_view name, const Place& place) {
          std::string(name.substr(place.begin + place.length));
 }
 
+// The number that begins there.
+Place numberAt(std::string_view name, std::size_t begin) {
+  std::size_t end = begin;
+  while (end < name.size() && isDigit(name[end])) ++end;
+  return {begin, end - begin};
+}
+
 // How many names from the first on count up at the place.
 std::size_t runLength(std::span<const std::string> names, std::size_t placeBegin) {
   std::size_t length = 1;
+  const Place first = numberAt(names.front(), placeBegin);
+  const bool isPadded = first.length > 1 && names.front()[placeBegin] == '0';
   while (length < names.size()) {
     const std::string& last = names[length - 1];
-    std::size_t end = placeBegin;
-    while (end < last.size() && isDigit(last[end])) ++end;
-    if (nextName(last, {placeBegin, end - placeBegin}) != names[length]) break;
+    if (nextName(last, numberAt(last, placeBegin)) != names[length]) break;
+    // A range of padded numbers has one width: readers refuse [01-100], or take it for others.
+    if (isPadded && numberAt(names[length], placeBegin).length != first.length) break;
     ++length;
   }
   return length;

@@ -36,6 +36,11 @@ TEST(FoldedNames, KeepsWhatReadersTakeInDifferentWays) {
   // [09-100] would lose its width, [999999999-...] its reader's integer.
   EXPECT_EQ(foldedNames(Names{"c098", "c099", "c100"}), "c[098-100]");
   EXPECT_EQ(foldedNames(Names{"c99", "c100"}), "c[99-100]");
+  // ClusterShell refuses [09-100] where its numbers pass from two digits to three.
+  EXPECT_EQ(foldedNames(namesOf("c[09-99],c100,c101").names), "c[09-99],c[100-101]");
+  EXPECT_EQ(foldedNames(namesOf("c[01-100]").names), "c[01-99],c100");
+  EXPECT_EQ(foldedNames(namesOf("c[01-100].lan").names, Folding::anywhere),
+            "c[01-99].lan,c100.lan");
   EXPECT_EQ(foldedNames(Names{"c09", "c10", "c11"}), "c[09-11]");
   EXPECT_EQ(foldedNames(Names{"c0", "c1"}), "c[0-1]");
   EXPECT_EQ(foldedNames(Names{"c099", "c100", "c0101"}), "c[099-100],c0101");

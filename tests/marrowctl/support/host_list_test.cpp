@@ -20,6 +20,8 @@ TEST(NamesOf, TakesNamesAndRangesInTheirOrder) {
                {"b,a", {"b", "a"}},
                {"c[08-11]", {"c08", "c09", "c10", "c11"}},
                {"c[9-10]", {"c9", "c10"}},
+               {"c[099-101]", {"c099", "c100", "c101"}},
+               {"c[01-03],c100", {"c01", "c02", "c03", "c100"}},
                {"c[1,4-5]x,d", {"c1x", "c4x", "c5x", "d"}},
                {"r[1-2]c[1-2]", {"r1c1", "r1c2", "r2c1", "r2c2"}},
                {"pc.example.org", {"pc.example.org"}}};
@@ -49,6 +51,14 @@ TEST(NamesOf, SaysWhatIsNoList) {
     EXPECT_TRUE(hosts.names.empty()) << c.list;
     EXPECT_FALSE(hosts.isUnreadable) << c.list;
   }
+}
+
+TEST(NamesOf, TakesTheFirstNumbersWidthForTheLeast) {
+  const Names names = namesOf("c[01-100]").names;
+  ASSERT_EQ(names.size(), 100U);
+  EXPECT_EQ(names.front(), "c01");
+  EXPECT_EQ(names[98], "c99");
+  EXPECT_EQ(names.back(), "c100");
 }
 
 TEST(NamesOf, TakesAHundredThousand) {
