@@ -47,7 +47,7 @@ def test_good_share_takes_one_table(ctl, share):
     assert (races["rounds"], races["oneWinner"], races["otherAnswers"]) == (20, 20, [])
     assert (rows["kept"], rows["headers"], rows["leavesLock"]) == (rows["told"], 1, False)
     assert rows["told"] == rows["clients"] * 3
-    assert found["secondMount"] is None
+    assert found["secondMount"] is None and found["otherClientsSeen"] is False
     assert any("one mount of one machine" in note for note in found["notes"])
 
 
@@ -175,7 +175,7 @@ def test_two_mounts_of_one_folder(ctl, mounts, share):
     assert found["verdict"] == "one table"
     assert [each["mount"]["point"] for each in found["folders"]] == [f"{ctl.folder}/one", f"{ctl.folder}/two"]
     assert found["secondMount"]["removedFile"]["unseen"] == 0
-    assert notes_on_sight(found) == []
+    assert notes_on_sight(found) == [] and found["otherClientsSeen"] is True
 
 
 def test_folders_of_one_mount_show_no_other_client(ctl, mounts, share):
@@ -185,6 +185,14 @@ def test_folders_of_one_mount_show_no_other_client(ctl, mounts, share):
         ours, usual = notes_on_sight(found)
         assert ours.startswith("both are one mount to this system: mount it again with nosharecache (NFS)")
         assert usual.startswith("seen through one mount of one machine")
+        assert found["otherClientsSeen"] is False
+
+
+def test_one_mount_of_a_share_shows_only_so_much(ctl, mounts, share):
+    mount = mounts.faulty(share, "close", "name=no")
+    done = ctl.run("fleet", "probe", "--quick", mount)
+    assert done.returncode == 0
+    assert "\nOne table is safe, as far as one mount can show, for up to " in done.stdout
 
 
 def test_create_that_several_win_forbids_one_table(ctl, mounts, share):

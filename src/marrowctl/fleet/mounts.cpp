@@ -1,5 +1,7 @@
 #include "marrowctl/fleet/mounts.h"
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
@@ -55,6 +57,17 @@ std::optional<Mount> readMount(const std::string& line) {
 }
 
 }  // namespace
+
+bool Mount::isShare() const {
+  constexpr std::array<std::string_view, 12> kTypes = {"nfs",  "nfs4", "cifs",   "smb3",
+                                                       "9p",   "afs",  "beegfs", "ceph",
+                                                       "gpfs", "gfs2", "ocfs2",  "virtiofs"};
+  if (std::find(kTypes.begin(), kTypes.end(), type) != kTypes.end()) return true;
+  // Names of local devices may hold colons, too, but begin with one slash.
+  const bool namesServer = source.starts_with("//") ||
+                           (!source.starts_with('/') && source.find(":/") != std::string::npos);
+  return namesServer || type == "fuse" || type.starts_with("fuse.");
+}
 
 bool Mount::has(const std::string& option) const {
   return ("," + options + ",").find("," + option + ",") != std::string::npos;

@@ -18,6 +18,10 @@ struct Mount {
 
   bool operator==(const Mount&) const = default;
 
+  /// Whether other machines may have it, too, as far as its type and source tell: "nfs4",
+  /// "server:/export", "//server/share", and all that programs show by FUSE.
+  [[nodiscard]] bool isShare() const;
+
   /// Whether an option is among them, as a word of its own: "lookupcache=positive".
   [[nodiscard]] bool has(const std::string& option) const;
 };

@@ -78,7 +78,7 @@ struct Probe {
   ProbeOptions asked;
   std::optional<Mount> mount, secondMountPoint;
   bool isOneMount = false;  ///< both folders are one to the system, which has one memory for both
-  double seconds = 0;  ///< that it took
+  double seconds = 0;       ///< that it took
   /// Ordinary calls that failed or did something else: "rename over a file: ...".
   std::vector<std::string> troubles;
   std::optional<std::string> preallocationRefusal;  ///< why; nothing: the share reserves space
@@ -117,6 +117,7 @@ struct ProbeJudgement {
   std::vector<std::string> notes;    ///< what a person should know besides
   std::vector<std::string> options;  ///< of the mount, that help, each with what it does
   std::optional<int> clients;        ///< one table bears that many that finish in step
+  bool isOfOneMount = false;         ///< of a share that no other client was seen to use
 };
 
 [[nodiscard]] ProbeJudgement judge(const Probe& probe);

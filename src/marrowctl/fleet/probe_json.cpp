@@ -125,6 +125,7 @@ std::string probeJson(const Probe& probe, const ProbeJudgement& judgement) {
   } else {
     json.null();
   }
+  json.member("otherClientsSeen", probe.seesAnotherClient());
   writeTexts(json, "reasons", judgement.reasons);
   writeTexts(json, "notes", judgement.notes);
   writeTexts(json, "options", judgement.options);

@@ -173,6 +173,10 @@ ProbeJudgement judge(const Probe& probe) {
     judgement.verdict = ProbeVerdict::ownTables;
     return judgement;
   }
+  // Processes of one machine race within its kernel: which of two clients a server lets win, they
+  // can't show.
+  judgement.isOfOneMount =
+      !probe.seesAnotherClient() && probe.mount.has_value() && probe.mount->isShare();
   if (probe.secondsPerRow) {
     const double inTenSeconds = kLockSeconds / std::max(*probe.secondsPerRow, 1e-6);
     judgement.clients = std::max(1, static_cast<int>(std::min<double>(inTenSeconds, kMostInStep)));

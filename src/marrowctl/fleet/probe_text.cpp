@@ -114,6 +114,7 @@ std::string list(const std::vector<std::string>& texts, const TextStyle& style) 
 
 std::string probeVerdictText(const ProbeJudgement& judgement, const TextStyle& style) {
   std::string text(headline(judgement.verdict));
+  if (judgement.isOfOneMount) text += ", as far as one mount can show";
   if (judgement.clients) {
     text +=
         fmt::format(", for up to {} that finish in step", shownCount(*judgement.clients, "client"));

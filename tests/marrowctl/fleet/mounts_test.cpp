@@ -66,6 +66,30 @@ TEST(DisksAndShares, AreAtMost32) {
   EXPECT_EQ(disksAndShares(mountsIn(list)).size(), 32U);
 }
 
+TEST(Mount, IsAShareByItsTypeOrSource) {
+  const struct {
+    const char* type;
+    const char* source;
+    bool isShare;
+  } cases[] = {{"nfs4", "server:/export", true},
+               {"cifs", "//nas/data", true},
+               {"fuse.sshfs", "user@host:/x", true},
+               {"fuse.glusterfs", "gluster", true},
+               {"9p", "hostshare", true},
+               {"ceph", "10.0.0.1,10.0.0.2:/", true},
+               {"lustre", "10.0.0.1@tcp:/fs", true},
+               {"ext4", "/dev/sda1", false},
+               {"ext4", "/dev/disk/by-path/pci-0000:00:1f.2:/1", false},
+               {"fuseblk", "/dev/sdb1", false},
+               {"zfs", "tank/data:x", false},
+               {"tmpfs", "tmpfs", false},
+               {"overlay", "overlay", false}};
+  for (const auto& c : cases) {
+    const Mount mount{"/m", c.type, c.source, "rw"};
+    EXPECT_EQ(mount.isShare(), c.isShare) << c.type << " " << c.source;
+  }
+}
+
 TEST(Mount, HasAnOptionAsAWordOfItsOwn) {
   const Mount mount = *mountAt("/srv/share");
   EXPECT_TRUE(mount.has("lookupcache=positive"));

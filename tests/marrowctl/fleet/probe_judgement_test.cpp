@@ -4,6 +4,7 @@
 #include <string>
 
 #include "marrowctl/fleet/probe.h"
+#include "marrowctl/fleet/probe_output.h"
 
 namespace marrowbench::ctl {
 namespace {
@@ -151,6 +152,46 @@ TEST(Judge, TwoFoldersOfOneMountShowNoOtherClient) {
   // What the one memory shows at once is no reason to keep the advice back.
   ASSERT_EQ(judgement.options.size(), 1U);
   EXPECT_TRUE(judgement.options[0].starts_with("lookupcache=positive"));
+}
+
+TEST(Judge, SaysHowFarOneMountCanShow) {
+  const struct {
+    const char* what;
+    Mount mount;
+    bool hasSecond, isOneMount, isInPart;
+  } cases[] = {
+      {"a share", {"/a", "nfs4", "server:/x", "rw"}, false, false, true},
+      {"a share twice", {"/a", "nfs4", "server:/x", "rw"}, true, true, true},
+      {"two mounts", {"/a", "nfs4", "server:/x", "rw"}, true, false, false},
+      {"a disk", {"/", "ext4", "/dev/sda1", "rw"}, false, false, false},
+  };
+  for (const auto& c : cases) {
+    Probe probe = goodShare();
+    probe.mount = c.mount;
+    probe.isOneMount = c.isOneMount;
+    if (!c.hasSecond) {
+      probe.asked.second.clear();
+      probe.second.reset();
+    }
+    const ProbeJudgement judgement = judge(probe);
+    EXPECT_EQ(judgement.verdict, ProbeVerdict::oneTable) << c.what;
+    const std::string headline = probeVerdictText(judgement, {}).substr(0, 60);
+    EXPECT_EQ(headline.starts_with("One table is safe, as far as one mount can show, for up to"),
+              c.isInPart)
+        << headline;
+    EXPECT_EQ(headline.starts_with("One table is safe, for up to"), !c.isInPart) << headline;
+  }
+}
+
+TEST(Judge, KeepsOtherVerdictsWhole) {
+  Probe probe = goodShare();
+  probe.mount = Mount{"/a", "cifs", "//nas/x", "rw"};
+  probe.asked.second.clear();
+  probe.second.reset();
+  probe.rows->kept = 55;
+  const ProbeJudgement judgement = judge(probe);
+  EXPECT_EQ(judgement.verdict, ProbeVerdict::ownTables);
+  EXPECT_FALSE(judgement.isOfOneMount);
 }
 
 TEST(Judge, WholeSecondsMakeNoWrongClock) {
