@@ -22,7 +22,7 @@ struct Mount {
   /// "server:/export", "//server/share", and all that programs show by FUSE.
   [[nodiscard]] bool isShare() const;
 
-  /// Whether an option is among them, as a word of its own: "lookupcache=positive".
+  /// Whether an option is among them, as a word of its own: "lookupcache=pos".
   [[nodiscard]] bool has(const std::string& option) const;
 };
 

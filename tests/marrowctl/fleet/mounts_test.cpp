@@ -12,7 +12,7 @@ namespace {
 constexpr const char* kMounts =
     "/dev/vda / ext4 rw,relatime 0 0\n"
     "torn line\n"
-    "server:/bench /srv/share nfs4 rw,vers=4.1,lookupcache=positive 0 0\n"
+    "server:/bench /srv/share nfs4 rw,vers=4.1,lookupcache=pos 0 0\n"
     "tmpfs /srv/share/memory tmpfs rw 0 0\n"
     "user@host:/x\\040y /mnt/my\\040share fuse.sshfs rw,user_id=0 0 0\n"
     "first /mnt/twice nfs rw 0 0\n"
@@ -92,7 +92,7 @@ TEST(Mount, IsAShareByItsTypeOrSource) {
 
 TEST(Mount, HasAnOptionAsAWordOfItsOwn) {
   const Mount mount = *mountAt("/srv/share");
-  EXPECT_TRUE(mount.has("lookupcache=positive"));
+  EXPECT_TRUE(mount.has("lookupcache=pos"));
   EXPECT_TRUE(mount.has("rw"));
   EXPECT_FALSE(mount.has("lookupcache"));
   EXPECT_FALSE(mount.has("vers=4"));

@@ -217,7 +217,16 @@ TEST(HelpfulOptions, AreThoseOfTheMountsKind) {
   } cases[] = {
       {"nfs4", "rw", &SecondMount::newFileLookedFor, "lookupcache=positive: "},
       {"nfs", "rw", &SecondMount::removedFile, "actimeo=1: "},
-      {"nfs4", "rw,lookupcache=positive", &SecondMount::newFileLookedFor, ""},
+      // As Linux lists what mount was given.
+      {"nfs4", "rw,lookupcache=pos", &SecondMount::newFileLookedFor, ""},
+      {"nfs4", "rw,lookupcache=none", &SecondMount::newFileLookedFor, ""},
+      {"nfs4", "rw,noac,acregmin=0,acregmax=0", &SecondMount::newFileLookedFor, ""},
+      {"nfs4", "rw,acregmin=1,acregmax=1,acdirmin=1,acdirmax=1", &SecondMount::removedFile, ""},
+      {"nfs4", "rw,noac", &SecondMount::changedFile, ""},
+      {"nfs4", "rw,acregmax=10", &SecondMount::changedFile, "actimeo=1: "},
+      {"nfs4", "rw,lookupcache=pos", &SecondMount::changedFile, "actimeo=1: "},
+      {"cifs", "rw,actimeo=1", &SecondMount::removedFile, ""},
+      {"cifs", "rw,acdirmax=60,acregmax=1", &SecondMount::removedFile, ""},
       {"fuse.sshfs", "rw", &SecondMount::changedFile, "dir_cache=no,direct_io,attr_timeout=0,"},
       {"fuse.glusterfs", "rw", &SecondMount::newFileLookedFor, "negative-timeout=0: "},
       {"cifs", "rw", &SecondMount::removedFile, "actimeo=1: "},
@@ -233,6 +242,26 @@ TEST(HelpfulOptions, AreThoseOfTheMountsKind) {
     if (*c.advice != '\0') {
       EXPECT_TRUE(options[0].starts_with(c.advice)) << options[0];
     }
+  }
+}
+
+TEST(HelpfulOptions, MayBeGivenAlreadyWhereTheSystemDoesNotListThem) {
+  const struct {
+    const char* type;
+    const char* advice;  // its beginning
+  } cases[] = {{"fuse.glusterfs", "negative-timeout=0, if not given already: a client"},
+               {"fuse.sshfs",
+                "dir_cache=no,direct_io,attr_timeout=0,entry_timeout=0, if not given already: "},
+               {"nfs4", "lookupcache=positive: "}};
+  for (const auto& c : cases) {
+    Probe probe = goodShare();
+    probe.asked.second.clear();
+    probe.second.reset();
+    probe.secondMountPoint.reset();
+    probe.mount = Mount{"/a", c.type, "x:/y", "rw"};
+    const auto options = helpfulOptions(probe);
+    ASSERT_EQ(options.size(), 1U) << c.type;
+    EXPECT_TRUE(options[0].starts_with(c.advice)) << options[0];
   }
 }
 
