@@ -240,6 +240,16 @@ def test_slow_share_is_no_bad_one(ctl, mounts, share):
     assert 0 < found["rows"]["told"] == found["rows"]["kept"]
 
 
+def test_changes_that_take_long_are_no_late_ones(ctl, mounts, share):
+    # Twelve changes, of which two remove a file, which takes no time: the first one would wait for five seconds.
+    changed = mounts.faulty(share, "slow", "name=file?*", "length=500", name="changed")
+    # Neither mount makes files exclusively.
+    found = probe(ctl, changed, mounts.faulty(share, "close", "name=no", name="seen"), status=1)
+    second = found["secondMount"]
+    assert second["newFile"]["longestSeconds"] < 4
+    assert second["newFile"]["unseen"] == 0
+
+
 def test_share_without_rename_is_not_usable(ctl, mounts, share):
     found = probe(ctl, mounts.faulty(share, "rename", "name=*", "code=EPERM"), status=1)
     assert found["verdict"] == "not usable"

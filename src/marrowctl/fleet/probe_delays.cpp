@@ -118,23 +118,58 @@ void lookBefore(const ProbeFolder& folder, const Effort& effort) {
   }
 }
 
-std::vector<Awaited> makeChanges(const ProbeFolder& folder, const Effort& effort) {
-  std::vector<Awaited> awaited;
-  for (const Change& change : kChanges) {
-    for (int file = 0; file < effort.files; ++file) {
-      const std::string name = std::string("/") + change.name + nameOf(file);
-      (void)change.make(folder.path + name);
-      awaited.push_back({&change, folder.second + name, {}});
+// What was changed and is not seen yet, and how long the rest took.
+class Watch {
+ public:
+  explicit Watch(SecondMount& secondMount) : result(secondMount) {}
+
+  void add(const Change& change, const std::string& second) {
+    awaited.push_back({&change, second, {}});
+  }
+
+  void look() {
+    std::erase_if(awaited, [this](const Awaited& each) {
+      const bool isSeen = each.change->isSeen(each.second);
+      if (isSeen) (result.*(each.change->delays)).seen.push_back(each.since.seconds());
+      return isSeen;
+    });
+    if (passed.seconds() - lastListing < 1) return;
+    listFolders();
+    lastListing = passed.seconds();
+  }
+
+  [[nodiscard]] bool isDone() const { return awaited.empty(); }
+
+  void giveUp() {
+    for (const Awaited& each : awaited) ++(result.*(each.change->delays)).unseen;
+    awaited.clear();
+  }
+
+ private:
+  void listFolders() const {
+    for (const Awaited& each : awaited) {
+      if (!each.change->isListed) continue;
+      listFolder(std::filesystem::path(each.second).parent_path().string());
+      return;
     }
   }
-  return awaited;
-}
 
-void listFolders(const std::vector<Awaited>& awaited) {
-  for (const Awaited& each : awaited) {
-    if (!each.change->isListed) continue;
-    listFolder(std::filesystem::path(each.second).parent_path().string());
-    return;
+  SecondMount& result;
+  std::vector<Awaited> awaited;
+  const Stopwatch passed;
+  double lastListing = 0;
+};
+
+// A look behind each change: the first file would else wait for all others on a share where each
+// takes long, and seem to be late.
+void makeChanges(const ProbeFolder& folder, const Effort& effort, Watch& watch) {
+  for (const Change& change : kChanges) {
+    for (int file = 0; file < effort.files && !isInterrupted(); ++file) {
+      const std::string name = std::string("/") + change.name + nameOf(file);
+      (void)change.make(folder.path + name);
+      watch.add(change, folder.second + name);
+      watch.look();
+    }
   }
 }
 
@@ -155,24 +190,19 @@ SecondMount watchSecondMount(const ProbeFolder& folder) {
   const Effort effort = folder.isQuick ? kQuick : kFull;
   SecondMount result;
   result.limitSeconds = effort.seconds;
-  const bool isPrepared = prepare(folder, effort);
+  if (!prepare(folder, effort)) {
+    for (const Change& change : kChanges) (result.*(change.delays)).unseen = effort.files;
+    return result;
+  }
   lookBefore(folder, effort);
-  std::vector<Awaited> awaited = makeChanges(folder, effort);
+  Watch watch(result);
+  makeChanges(folder, effort, watch);
   const Stopwatch passed;
-  double lastListing = 0;
-  while (isPrepared && !awaited.empty() && passed.seconds() < effort.seconds && !isInterrupted()) {
-    std::erase_if(awaited, [&result](const Awaited& each) {
-      const bool isSeen = each.change->isSeen(each.second);
-      if (isSeen) (result.*(each.change->delays)).seen.push_back(each.since.seconds());
-      return isSeen;
-    });
-    if (passed.seconds() - lastListing >= 1) {
-      listFolders(awaited);
-      lastListing = passed.seconds();
-    }
+  while (!watch.isDone() && passed.seconds() < effort.seconds && !isInterrupted()) {
+    watch.look();
     (void)usleep(kPauseMicroseconds);
   }
-  for (const Awaited& each : awaited) ++(result.*(each.change->delays)).unseen;
+  watch.giveUp();
   return result;
 }
 
