@@ -4,12 +4,13 @@ import contextlib
 import json
 import os
 import re
+import resource
 import signal
 import subprocess
 
 import pytest
 
-from conftest import COMMAND, ROOT
+from conftest import COMMAND, EMULATOR, ROOT
 from mounts import Mounts
 from program_bench import wait_until
 
@@ -144,6 +145,23 @@ def test_a_folder_that_nobody_may_write_to_is_told(ctl, share):
     ctl.folder.parent.chmod(0o755)
     done = ctl.run("fleet", "probe", "share", user=65534)
     assert (done.returncode, done.stderr) == (2, "marrowctl fleet probe: share: Permission denied\n")
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason="root may start processes beyond any limit")
+@pytest.mark.skipif(bool(EMULATOR), reason="the emulator needs processes of its own")
+def test_share_is_not_blamed_for_processes_that_do_not_start(ctl, share):
+    share.chmod(0o777)
+    ctl.folder.parent.chmod(0o755)
+
+    def start_none():
+        resource.setrlimit(resource.RLIMIT_NPROC, (0, 0))
+    done = ctl.run("fleet", "probe", "--quick", "--json", "share", user=65534, preexec_fn=start_none)
+    found = json.loads(done.stdout)
+    # Nothing shows that one table is safe, and nothing that the share is unfit.
+    assert (done.returncode, found["verdict"]) == (1, "own tables")
+    assert (found["exclusiveCreate"], found["rows"]) == (None, None)
+    assert found["reasons"] == ["whether rows are kept could not be tried: no processes could be started"]
+    assert list(share.iterdir()) == []
 
 
 def test_memory_is_named_and_takes_one_table(ctl, mounts):

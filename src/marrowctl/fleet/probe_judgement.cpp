@@ -98,6 +98,9 @@ Texts againstOneTable(const Probe& probe) {
   Texts reasons;
   if (probe.races) judgeRaces(*probe.races, reasons);
   if (probe.rows) judgeRows(*probe.rows, reasons);
+  // No fault of the share, but nothing shows that one table is safe either.
+  addIf(!probe.rows, reasons,
+        "whether rows are kept could not be tried: no processes could be started");
   if (probe.second) judgeDelays(*probe.second, reasons);
   if (probe.times) {
     const bool looksOld = probe.times->mostAheadSeconds < -kAbandonedSeconds;

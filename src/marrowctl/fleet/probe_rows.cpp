@@ -2,8 +2,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <set>
 #include <sstream>
 #include <string>
@@ -109,8 +111,9 @@ void readUntilComplete(const std::string& path, const std::set<std::string>& tol
 
 // In a folder of its own, relative to which the members name the table: however long the path of
 // the share is, the lock's name is not cut.
-RowTest appendTogether(const ProbeFolder& folder, const std::string& name, std::size_t clients,
-                       int rows, double& seconds) {
+// Nothing where fewer processes could be started than are needed.
+std::optional<RowTest> appendTogether(const ProbeFolder& folder, const std::string& name,
+                                      std::size_t clients, int rows, double& seconds) {
   const Effort effort = folder.isQuick ? kQuick : kFull;
   Crew crew(clients, [&folder, &name, &effort, rows](CrewMember& self) {
     const std::string place = folder.pathOf(self.number) + "/" + name;
@@ -120,6 +123,7 @@ RowTest appendTogether(const ProbeFolder& folder, const std::string& name, std::
     self.answer(told.written, told.locked, told.failed,
                 static_cast<std::int64_t>(passed.seconds() * kMicroseconds));
   });
+  if (crew.size() < std::min<std::size_t>(clients, 2)) return std::nullopt;
   RowTest test;
   test.clients = static_cast<int>(crew.size());
   const auto answers = crew.step(effort.seconds + kSecondsForLock + kMargin);
@@ -174,9 +178,9 @@ void appendRows(const ProbeFolder& folder, Probe& probe) {
     probe.troubles.emplace_back("a folder can't be made");
     return;
   }
-  const RowTest alone = appendTogether(folder, "alone", 1, effort.rowsAlone, seconds);
-  if (isInterrupted()) return;
-  judgeRowsAlone(alone, seconds, probe);
+  const auto alone = appendTogether(folder, "alone", 1, effort.rowsAlone, seconds);
+  if (isInterrupted() || !alone) return;
+  judgeRowsAlone(*alone, seconds, probe);
   probe.rows = appendTogether(folder, "together", effort.clients, effort.rows, seconds);
 }
 

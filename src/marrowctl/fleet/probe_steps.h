@@ -31,7 +31,8 @@ void tryCalls(const ProbeFolder& folder, Probe& probe);
 /// Nothing where the system starts no processes.
 [[nodiscard]] std::optional<CreateRaces> raceToCreate(const ProbeFolder& folder);
 
-/// Rows of one client, and then of several at once.
+/// Rows of one client, and then of several at once; none of what the system starts too few
+/// processes for.
 void appendRows(const ProbeFolder& folder, Probe& probe);
 
 /// What comes of the rows of a client that had the table to itself: how long one takes, or that the

@@ -83,6 +83,7 @@ TEST(Judge, NamesWhatIsWrong) {
          p.times = FileTimes{1, -8.5e8, -8e8};
        },
        own, "old when they"},
+      {"no rows", [](Probe& p) { p.rows.reset(); }, own, "no processes could be started"},
       {"calls", [](Probe& p) { p.troubles = {"a file can't be renamed over another: x"}; }, none,
        "a file can't be renamed"},
       {"hung", [](Probe& p) { p.races->hasHung = true; }, none, "does not answer"},
