@@ -139,6 +139,13 @@ def test_what_is_no_folder_of_a_share_is_told(ctl, share, arguments, message):
     assert list(share.iterdir()) == []
 
 
+@pytest.mark.parametrize("folders", [[""], ["", "share"], ["share", ""]])
+def test_an_empty_word_is_no_folder(ctl, share, folders):
+    done = ctl.run("fleet", "probe", "--quick", *folders)
+    assert (done.returncode, done.stdout) == (64, "")
+    assert done.stderr.startswith("marrowctl fleet probe: a folder's name is empty\n")
+
+
 @pytest.mark.skipif(os.geteuid() != 0, reason="needs root to become somebody who may not write")
 def test_a_folder_that_nobody_may_write_to_is_told(ctl, share):
     share.chmod(0o755)

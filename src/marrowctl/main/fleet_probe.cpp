@@ -57,6 +57,10 @@ Command readProbe(const Subcommand& self, Arguments arguments) {
   if (const auto outcome = options.parse(arguments)) return *outcome;
   if (options.words.empty()) return options.wrong("name a folder on the share");
   if (options.words.size() > 2) return options.wrong("too much: " + options.words[2]);
+  // As of a variable of a shell that is not set.
+  for (const std::string& word : options.words) {
+    if (word.empty()) return options.wrong("a folder's name is empty");
+  }
   command.probe.folder = options.words[0];
   if (options.words.size() == 2) command.probe.second = options.words[1];
   return FleetCommand{[command] { return runProbe(command); }};
