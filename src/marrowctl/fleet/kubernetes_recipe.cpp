@@ -97,6 +97,12 @@ std::string jobOf(const RecipeOptions& options, const std::string& host) {
                     yamlText(mountOf(options)), volumeOf(options));
 }
 
+// "/srv/" is "/srv"; "/" stays.
+std::string withoutEndSlashes(const std::string& path) {
+  const std::size_t last = path.find_last_not_of('/');
+  return last == std::string::npos ? path.substr(0, 1) : path.substr(0, last + 1);
+}
+
 bool isInside(const std::string& path, const std::string& folder) {
   return folder == "/" || path == folder || path.starts_with(folder + "/");
 }
@@ -115,7 +121,10 @@ std::string problemOfPods(const RecipeOptions& options) {
   }
   if (options.folder.run.size() > kLongestName)
     return "the run's name has more than 63 characters, which no label can hold";
-  if (!options.mount.empty() && !isInside(options.folder.control, options.mount)) {
+  const bool isMounted =
+      options.mount.empty() ||
+      isInside(withoutEndSlashes(options.folder.control), withoutEndSlashes(options.mount));
+  if (!isMounted) {
     return fmt::format("{} does not lie in {}, which the pods get", options.folder.control,
                        options.mount);
   }

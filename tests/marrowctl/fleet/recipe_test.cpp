@@ -113,8 +113,29 @@ TEST(MakeRecipe, RefusesWhatCannotBeAPod) {
   options = optionsFor({"c1"});
   options.mount = "/srv/con";
   EXPECT_TRUE(holds(makeRecipe(Engine::kubernetes, options).problem, "does not lie in /srv/con"));
-  options.mount = "/srv";
-  EXPECT_EQ(makeRecipe(Engine::kubernetes, options).problem, "");
+}
+
+TEST(MakeRecipe, TakesAMountHoweverItEnds) {
+  const struct {
+    const char* control;
+    const char* mount;
+  } cases[] = {{"/srv/control", "/srv"},
+               {"/srv/control", "/srv/"},
+               {"/srv/control", "/srv//"},
+               {"/srv/control/", "/srv/control"},
+               {"/srv", "/srv/"},
+               {"/srv/control", "/"},
+               {"/", "/"},
+               {"/srv", "//"}};
+  for (const auto& c : cases) {
+    RecipeOptions options = optionsFor({"c1"});
+    options.folder.control = c.control;
+    options.mount = c.mount;
+    EXPECT_EQ(makeRecipe(Engine::kubernetes, options).problem, "") << c.control << " " << c.mount;
+  }
+  RecipeOptions options = optionsFor({"c1"});
+  options.mount = "/srv/con/";
+  EXPECT_TRUE(holds(makeRecipe(Engine::kubernetes, options).problem, "does not lie in /srv/con/"));
 }
 
 TEST(CommandFor, CarriesARecipeOut) {
