@@ -58,7 +58,7 @@ class ArmedClient {
   ArmedClient(const ArmOptions& armOptions, const ArmListener& armListener)
       : options(armOptions),
         listener(armListener),
-        note(noteOfThisMachine(options.folder.run, options.version)),
+        note(noteOfThisMachine(options.folder, options.version)),
         ready(options.folder, note),
         console(options.folder.console(note.host)) {}
 

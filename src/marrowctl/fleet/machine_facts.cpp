@@ -19,12 +19,12 @@ std::string kernelOfThisMachine() {
 
 }  // namespace
 
-MachineFacts factsOfThisMachine() {
+MachineFacts factsOfThisMachine(const std::string& folder) {
   MachineFacts facts;
   facts.kernel = kernelOfThisMachine();
   facts.processors = setting(_SC_NPROCESSORS_ONLN);
   facts.memoryBytes = setting(_SC_PHYS_PAGES) * setting(_SC_PAGESIZE);
-  facts.mounts = disksAndShares(mountsHere());
+  facts.mounts = disksAndShares(mountsHere(), mountOf(folder));
   return facts;
 }
 

@@ -86,10 +86,12 @@ std::vector<Mount> mountsHere() {
   return mountsIn(list);
 }
 
-std::vector<Mount> disksAndShares(std::span<const Mount> mounts) {
+std::vector<Mount> disksAndShares(std::span<const Mount> mounts,
+                                  const std::optional<Mount>& first) {
   std::vector<Mount> shown;
+  if (first) shown.push_back(*first);
   for (const Mount& mount : mounts) {
-    if (shown.size() < kMostShown && isDiskOrShare(mount)) shown.push_back(mount);
+    if (shown.size() < kMostShown && isDiskOrShare(mount) && mount != first) shown.push_back(mount);
   }
   return shown;
 }

@@ -33,7 +33,10 @@ struct Mount {
 [[nodiscard]] std::vector<Mount> mountsHere();
 
 /// Without file systems of memory and of the kernel. At most 32.
-[[nodiscard]] std::vector<Mount> disksAndShares(std::span<const Mount> mounts);
+///
+/// @param first  stands in front, whatever it is: the one that matters most; nothing: none does
+[[nodiscard]] std::vector<Mount> disksAndShares(std::span<const Mount> mounts,
+                                                const std::optional<Mount>& first = std::nullopt);
 
 /// The mount on which a path lies, which is absolute and free of links.
 [[nodiscard]] std::optional<Mount> mountUnder(std::span<const Mount> mounts,

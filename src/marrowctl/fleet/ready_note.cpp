@@ -103,15 +103,15 @@ std::optional<ReadyNote> readyNoteFrom(std::string_view text) {
   return note;
 }
 
-ReadyNote noteOfThisMachine(const std::string& run, const std::string& version) {
+ReadyNote noteOfThisMachine(const ControlFolder& folder, const std::string& version) {
   ReadyNote note;
   note.host = hostName();
-  note.run = run;
+  note.run = folder.run;
   note.id = newId();
   note.time = isoTime(currentSeconds());
   note.pid = getpid();
   note.marrowctl = version;
-  note.machine = factsOfThisMachine();
+  note.machine = factsOfThisMachine(folder.control);
   return note;
 }
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "marrowctl/fleet/control_folder.h"
 #include "marrowctl/fleet/machine_facts.h"
 
 namespace marrowbench::ctl {
@@ -32,7 +33,7 @@ struct ReadyNote {
 [[nodiscard]] std::optional<ReadyNote> readyNoteFrom(std::string_view text);
 
 /// The note of this machine, for a process that starts now.
-[[nodiscard]] ReadyNote noteOfThisMachine(const std::string& run, const std::string& version);
+[[nodiscard]] ReadyNote noteOfThisMachine(const ControlFolder& folder, const std::string& version);
 
 }  // namespace marrowbench::ctl
 

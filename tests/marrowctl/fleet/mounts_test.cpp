@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -64,6 +65,20 @@ TEST(DisksAndShares, AreAtMost32) {
   std::stringstream list;
   for (int i = 0; i < 40; ++i) list << "/dev/sda" << i << " /m" << i << " ext4 rw 0 0\n";
   EXPECT_EQ(disksAndShares(mountsIn(list)).size(), 32U);
+}
+
+TEST(DisksAndShares, BeginWithTheOneThatMatters) {
+  std::stringstream list;
+  for (int i = 0; i < 40; ++i) list << "/dev/sda" << i << " /m" << i << " ext4 rw 0 0\n";
+  list << "hostshare /share 9p rw 0 0\n";
+  const std::vector<Mount> all = mountsIn(list);
+  // One that would be left out, one behind the 32nd, and one that is there already.
+  for (const std::size_t first : {40U, 39U, 3U}) {
+    const std::vector<Mount> shown = disksAndShares(all, all[first]);
+    ASSERT_EQ(shown.size(), 32U) << first;
+    EXPECT_EQ(shown.front(), all[first]);
+    EXPECT_EQ(std::count(shown.begin(), shown.end(), all[first]), 1);
+  }
 }
 
 TEST(Mount, IsAShareByItsTypeOrSource) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "helpers/temp_folder.h"
+
 namespace marrowbench::ctl {
 namespace {
 
@@ -36,6 +38,18 @@ TEST(ReadyNote, ReadsWhatItWrites) {
   EXPECT_EQ(note->machine.processors, 8);
   EXPECT_EQ(note->machine.memoryBytes, 1 << 30);
   EXPECT_EQ(note->machine.mounts, someNote().machine.mounts);
+}
+
+TEST(ReadyNote, NamesTheMountOfTheControlFolderFirst) {
+  const test::TempFolder folder;
+  const ReadyNote note = noteOfThisMachine({folder.path(), "monday"}, "9.1.01");
+  EXPECT_EQ(note.run, "monday");
+  const std::optional<Mount> mount = mountOf(folder.path());
+  // Systems without a list of mounts have none.
+  ASSERT_EQ(note.machine.mounts.empty(), !mount.has_value());
+  if (mount) {
+    EXPECT_EQ(note.machine.mounts.front(), *mount);
+  }
 }
 
 TEST(ReadyNote, SaysWhatIsNotKnownYet) {
@@ -77,8 +91,8 @@ TEST(ReadyNote, RefusesWhatIsNone) {
 }
 
 TEST(ReadyNote, OfTwoProcessesDiffer) {
-  EXPECT_NE(noteOfThisMachine("r", "1").id, noteOfThisMachine("r", "1").id);
-  EXPECT_FALSE(noteOfThisMachine("r", "1").host.empty());
+  EXPECT_NE(noteOfThisMachine({"/", "r"}, "1").id, noteOfThisMachine({"/", "r"}, "1").id);
+  EXPECT_FALSE(noteOfThisMachine({"/", "r"}, "1").host.empty());
 }
 
 }  // namespace
