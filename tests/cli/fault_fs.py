@@ -11,6 +11,7 @@
               late   a file is not found for `length` milliseconds after it was made, and can be
                      made again
               rename it fails with the errno `code`
+              stay   folders can't be removed, with the errno `code`
               aged   files are `length` seconds older than they are
               whole  times are whole seconds
               slow   a file that is opened, made or renamed takes `length` milliseconds
@@ -129,6 +130,7 @@ class FaultyFolder(Operations):
         os.mkdir(self.inside(path), mode)
 
     def rmdir(self, path):
+        self.fail_if("stay", path)
         os.rmdir(self.inside(path))
 
 

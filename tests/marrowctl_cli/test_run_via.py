@@ -161,6 +161,36 @@ def test_an_engine_that_is_missing_is_told(via):
     assert done.stderr.endswith("marrowctl run: clients could not be armed:\n  sh: No such file or directory\n")
 
 
+def test_a_reader_that_goes_away_does_not_end_it(via):
+    (via.bin / "pdsh").unlink()
+    process = via.start(*via.words("pdsh", via.settings()), PATH=f"{via.bin}:/nowhere")
+    process.stderr.close()
+    process.stderr = None
+    process.communicate(timeout=300)
+    # It came as far as the engine.
+    assert process.returncode == 2
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason="mounting needs root")
+def test_what_the_probe_leaves_is_told(via):
+    share = via.folder / "share"
+    share.mkdir()
+    with contextlib.ExitStack() as ends:
+        via.fleet.control = Mounts(via, ends).faulty(share, "stay", "name=.marrowctl_probe_*", "code=EBUSY")
+        done = via.run(*via.words("pdsh", via.settings()), PATH=f"{via.bin}:/nowhere")
+        assert done.returncode == 2
+        (left,) = via.fleet.control.glob(".marrowctl_probe_*")
+        assert f"\nmarrowctl run: left behind: {left}\n" in done.stderr
+
+
+def test_the_recipe_goes_away_when_the_engine_has_ended(via):
+    process = via.start(*via.words("ssh", via.settings()))
+    wait_until(lambda: (via.fleet.control / "mine/mine.bst").exists(), 200)
+    wait_until(lambda: list(via.temporary.iterdir()) == [] or process.poll() is not None, 100)
+    assert process.poll() is None and list(via.temporary.iterdir()) == []
+    process.communicate(timeout=300)
+
+
 def test_errors_in_the_settings_file_arm_nobody(via):
     settings = via.settings("posix;0;0;0;1M;0;4;2;0;MEMORY;[host]_[iter].bin;log.txt;results.csv;true\n")
     done = via.run(*via.words("ssh", settings))

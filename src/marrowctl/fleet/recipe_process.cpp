@@ -38,8 +38,20 @@ bool writeAll(int file, std::string_view text) {
 }  // namespace
 
 RecipeProcess::~RecipeProcess() {
-  if (!file.empty()) (void)unlink(file.c_str());
+  removeFile();
   if (printed >= 0) (void)close(printed);
+}
+
+// As soon as nobody reads it: a program that is killed later leaves none.
+std::optional<ChildEnd> RecipeProcess::end() {
+  const std::optional<ChildEnd> ended = process.end();
+  if (ended) removeFile();
+  return ended;
+}
+
+void RecipeProcess::removeFile() {
+  if (!file.empty()) (void)unlink(file.c_str());
+  file.clear();
 }
 
 std::string RecipeProcess::start(Engine engine, const RecipeOptions& options) {

@@ -22,14 +22,16 @@ class RecipeProcess {
   /// Starts it, once. @return what could not be done; empty: it runs
   [[nodiscard]] std::string start(Engine engine, const RecipeOptions& options);
 
-  /// How the engine ended; nothing while it runs. Does not wait.
-  [[nodiscard]] std::optional<ChildEnd> end() { return process.end(); }
+  /// How the engine ended; nothing while it runs. Does not wait. Removes the file with the recipe
+  /// when it has ended.
+  [[nodiscard]] std::optional<ChildEnd> end();
 
   /// The last lines that it and the clients printed through it, at most some KiB.
   [[nodiscard]] std::string lastLines() const;
 
  private:
   [[nodiscard]] int write(const std::string& text);
+  void removeFile();
 
   ChildProcess process;
   std::string file;  // with the recipe

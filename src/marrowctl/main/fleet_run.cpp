@@ -33,6 +33,7 @@
 #include "marrowctl/support/utf8.h"
 #include "paths/host_name.h"
 #include "support/clock.h"
+#include "support/signal_hold.h"
 
 namespace marrowbench::ctl {
 namespace {
@@ -112,6 +113,7 @@ class FleetRun {
     options.progress = [&line](std::string_view what) { line.show("trying " + std::string(what)); };
     const ProbeOutcome found = probeShare(options);
     line.clear();
+    if (!found.left.empty()) say("marrowctl run: left behind: " + printable(found.left) + "\n");
     if (!found.problem.empty()) return impossible(kName, printable(found.problem));
     const ProbeJudgement judgement = judge(found.probe);
     say(probeVerdictText(judgement, styleOf(stderr)));
@@ -157,6 +159,8 @@ class FleetRun {
   }
 
   std::optional<Outcome> lookOn() {
+    // An engine whose clients are detached has ended by now, and its recipe goes away.
+    (void)engine.end();
     sayStep(watchWords(recipe, timeoutSeconds));
     WatchCommand watch;
     watch.folder = recipe.folder;
@@ -228,6 +232,8 @@ class FleetRun {
 
 Outcome runFleet(const RunCommand& run, FleetRunOptions values) {
   if (const auto outcome = refusedPage(kName, run.page)) return *outcome;
+  // Else a terminal or a pipe that goes away would end this program in the middle of a run.
+  letWritesFail();
   HostList hosts = readHostList(values.hostList);
   if (hosts.isUnreadable) return impossible(kName, hosts.problem);
   if (!hosts.problem.empty()) return wrongUsageOf(kName, "--hosts: " + hosts.problem);
