@@ -13,6 +13,7 @@ import pytest
 from conftest import COMMAND, EMULATOR, ROOT
 from mounts import Mounts
 from program_bench import wait_until
+from screen import Terminal
 
 SCHEMA = json.loads((ROOT / "docs/schemas/probe.schema.json").read_text())
 
@@ -32,10 +33,14 @@ def share(ctl):
     return folder
 
 
+def is_progress(messages):
+    return re.fullmatch(r"(marrowctl fleet probe: trying [^\n]+\n)+", messages)
+
+
 def probe(ctl, *folders, status=0, seconds=60, options=("--quick",)):
     """The document of a probe, which leaves nothing behind."""
     done = ctl.run("fleet", "probe", "--json", *options, *folders, timeout=seconds)
-    assert (done.returncode, done.stderr) == (status, ""), done.stdout
+    assert done.returncode == status and is_progress(done.stderr), (done.stdout, done.stderr)
     for folder in folders:
         assert list(folder.iterdir()) == []
     return json.loads(done.stdout)
@@ -65,7 +70,10 @@ def test_whole_probe_tries_more(ctl, share):
 
 def test_text_says_the_same(ctl, share):
     done = ctl.run("fleet", "probe", "--quick", share, share)
-    assert (done.returncode, done.stderr) == (0, "")
+    assert done.returncode == 0
+    assert done.stderr.splitlines() == [f"marrowctl fleet probe: trying {what}" for what in (
+        "ordinary calls", "the times of files", "exclusive create", "rows under the lock",
+        "what the second mount sees")]
     assert re.search(r"^Exclusive create +one winner in 20 of 20 rounds, 8 processes each$", done.stdout, re.M)
     assert re.search(r"^Rows +one takes .*; 12 of 12 rows kept that 4 clients wrote at once$", done.stdout, re.M)
     assert re.search(r"^  a removed file +[\d.]+ ms +[\d.]+ ms$", done.stdout, re.M)
@@ -89,9 +97,32 @@ def test_several_probes_of_one_folder_do_not_disturb_each_other(ctl, share):
                                stdout=subprocess.PIPE, stderr=subprocess.PIPE) for _ in range(6)]
     for each in probes:
         output, messages = each.communicate(timeout=120)
-        assert (each.returncode, messages) == (0, ""), output
+        assert each.returncode == 0 and is_progress(messages), (output, messages)
         rows = json.loads(output)["rows"]
         assert rows["told"] == rows["kept"] == 12
+    assert list(share.iterdir()) == []
+
+
+@pytest.mark.parametrize("kind, redraws", [("xterm", True), ("dumb", False)])
+def test_progress_is_drawn_where_the_terminal_can(ctl, share, kind, redraws):
+    terminal = Terminal(80, 24)
+    try:
+        probing = subprocess.Popen([*COMMAND, "fleet", "probe", "--quick", share], env=os.environ | {"TERM": kind},
+                                   stdout=subprocess.DEVNULL, stderr=terminal.side)
+        assert terminal.read_to_the_end(probing) == 0
+        assert ("\x1b" in terminal.text) == redraws
+        assert "trying rows under the lock" in terminal.text
+        # Nothing stays of a line that is drawn anew.
+        assert ("trying" in "".join(terminal.screen.shown())) == (not redraws)
+    finally:
+        terminal.close()
+
+
+def test_a_reader_that_goes_away_leaves_nothing_behind(ctl, share):
+    probing = subprocess.Popen([*COMMAND, "fleet", "probe", "--quick", share], stdout=subprocess.DEVNULL,
+                               stderr=subprocess.PIPE)
+    probing.stderr.close()
+    assert probing.wait(timeout=120) == 0
     assert list(share.iterdir()) == []
 
 

@@ -25,7 +25,9 @@ def start_probe(client, *folders, options=()):
 
 def document(job):
     wait_until(lambda: job.status() is not None, LIMIT)
-    return json.loads(job.printed())
+    printed = job.printed()
+    # Lines of progress come first.
+    return json.loads(printed[printed.index("{"):])
 
 
 def probes_left(folder):

@@ -5,8 +5,10 @@
 #include "marrowctl/fleet/probe.h"
 #include "marrowctl/fleet/probe_output.h"
 #include "marrowctl/main/fleet_options.h"
+#include "marrowctl/support/progress_line.h"
 #include "marrowctl/support/terminal.h"
 #include "marrowctl/support/utf8.h"
+#include "support/signal_hold.h"
 
 namespace marrowbench::ctl {
 namespace {
@@ -16,16 +18,15 @@ struct ProbeCommand {
   bool isJson = false;
 };
 
-// What is being looked at, in a line that is drawn anew.
-void showStep(std::string_view step) {
-  (void)std::fprintf(stderr, "\rTrying %.*s\033[K", static_cast<int>(step.size()), step.data());
-}
-
 Outcome runProbe(ProbeCommand command) {
-  const bool hasTerminal = isTerminal(stderr);
-  if (hasTerminal) command.probe.progress = showStep;
+  // Else a reader of this program that goes away would end it before its folder is removed.
+  letWritesFail();
+  ProgressLine line("marrowctl fleet probe: ", 0);
+  command.probe.progress = [&line](std::string_view step) {
+    line.show("trying " + std::string(step));
+  };
   const ProbeOutcome outcome = probeShare(command.probe);
-  if (hasTerminal) (void)std::fputs("\r\033[K", stderr);
+  line.clear();
   std::string left;
   if (!outcome.left.empty())
     left = "marrowctl fleet probe: left behind: " + printable(outcome.left) + "\n";
