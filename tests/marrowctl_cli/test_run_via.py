@@ -127,7 +127,7 @@ def test_what_is_said_can_be_typed(via):
     environment = via.environment | clock_at(SECOND_AT_THE_BEGINNING)
     for command in said:
         by_hand = command.replace("--run mine ", "--run again ").replace("/mine/mine.bst", "/again/again.bst").replace(
-            f"{via.fleet.control}/mine/", f"{via.fleet.control}/again/")
+            f"{via.fleet.control}/mine/", f"{via.fleet.control}/again/").replace("/_mine_log", "/_again_log")
         done = subprocess.run(["sh", "-c", by_hand], env=environment, cwd=via.folder, text=True,
                               capture_output=True, stdin=subprocess.DEVNULL, timeout=300)
         assert done.returncode == 0 or command == said[-1], (by_hand, done.stdout, done.stderr)
