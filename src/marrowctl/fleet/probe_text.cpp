@@ -133,7 +133,8 @@ std::string probeText(const Probe& probe, const ProbeJudgement& judgement, const
     text += line("and", mountText(probe.asked.second, probe.secondMountPoint), style);
   if (probe.races) text += line("Exclusive create", racesText(*probe.races), style);
   text += line("Rows", rowsText(probe), style);
-  if (probe.second) text += delaysText(*probe.second);
+  // What one memory shows of itself would read as what another client sees.
+  if (probe.second && probe.seesAnotherClient()) text += delaysText(*probe.second);
   text += line("Preallocation",
                probe.preallocationRefusal ? "refused: " + *probe.preallocationRefusal : "accepted",
                style);

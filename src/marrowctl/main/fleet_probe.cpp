@@ -50,9 +50,8 @@ Command readProbe(const Subcommand& self, Arguments arguments) {
                "A few seconds: fewer rounds, late changes are not waited for");
   options.flag("--json", command.isJson, "One JSON document");
   options.footer(
-      "DIR2 is the same folder through a second mount: what another client sees, and when. "
-      "Linux gives a second mount a memory of its own with nosharecache (NFS) or nosharesock "
-      "(SMB) only.\n\n"
+      "DIR2 is the same folder through a second mount: what another client sees, and when.\n"
+      "Linux gives it a memory of its own with nosharecache (NFS) or nosharesock (SMB) only.\n\n"
       "Example: may all clients use one table on this share?\n"
       "  marrowctl fleet probe . --quick\n");
   if (const auto outcome = options.parse(arguments)) return *outcome;
