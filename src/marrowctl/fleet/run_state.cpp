@@ -45,8 +45,10 @@ std::string absenceOf(const RunState& state, const WatchedClient& client) {
                                 : client.finishedMessage;
     return "it has ended before its last marker: " + how;
   }
-  if (!client.touchedMs) return client.rows > 0 ? "" : "it never came";
-  const std::int64_t age = (state.nowMs - *client.touchedMs) / kMsOfSecond;
+  if (!client.touchedMs) return client.rows > 0 || client.hasReadyFile ? "" : "it never came";
+  // A file that is there has been touched since, unless it was old when it was asked.
+  const std::int64_t until = client.hasReadyFile ? client.askedMs : state.nowMs;
+  const std::int64_t age = (until - *client.touchedMs) / kMsOfSecond;
   if (age < kGoneSeconds) return {};
   return "it is gone: nobody has touched its ready file for " + shownDuration(age);
 }

@@ -26,7 +26,10 @@ inline constexpr std::size_t kClientStates = 5;
 struct WatchedClient {
   std::string host;
   // What was seen of it:
-  std::optional<std::int64_t> touchedMs;  ///< its ready file, when it is there
+  bool hasReadyFile = false;  ///< at the last look
+  std::optional<std::int64_t>
+      touchedMs;                      ///< its ready file; nothing: nobody has asked yet, or none
+  std::int64_t askedMs = 0;           ///< when that was asked: of thousands, some at each look
   std::optional<int> finishedStatus;      ///< of its finished file, when there is no ready file
   std::string finishedMessage;
   std::size_t markers = 0;  ///< fresh ones

@@ -236,7 +236,9 @@ void RunWatch::readMarkers(const PlannedFile& file) {
 void RunWatch::readTouches(std::size_t most) {
   inTurn(seen.clients.size(), most, nextReady, [this](std::size_t i) {
     WatchedClient& client = seen.clients[i];
-    if (readyHosts.contains(client.host)) client.touchedMs = changedMs(folder.ready(client.host));
+    if (!readyHosts.contains(client.host)) return;
+    client.touchedMs = changedMs(folder.ready(client.host));
+    client.askedMs = seen.nowMs;
   });
 }
 
@@ -282,6 +284,7 @@ std::size_t RunWatch::indexOf(const std::string& host) {
 void RunWatch::takeStock() {
   const auto known = static_cast<std::int64_t>(seen.clients.size());
   seen.namelessClients = std::max<std::int64_t>(wantedClients - known, 0);
+  for (WatchedClient& client : seen.clients) client.hasReadyFile = readyHosts.contains(client.host);
   judgeClients(seen);
 }
 

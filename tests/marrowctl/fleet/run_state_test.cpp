@@ -52,6 +52,27 @@ TEST(JudgeClients, WaitingOnesAreReady) {
   EXPECT_EQ(stateOf(state), ClientState::ready);
 }
 
+TEST(JudgeClients, AReadyFileThatNobodyHasAskedYetIsNoAbsence) {
+  RunState state = stateAt(-1, 1);
+  state.clients[0].touchedMs.reset();
+  EXPECT_EQ(stateOf(state), ClientState::missing);
+  state.clients[0].hasReadyFile = true;
+  EXPECT_EQ(stateOf(state), ClientState::ready);
+}
+
+// Of thousands, each is asked now and then.
+TEST(JudgeClients, TheAgeOfAReadyFileIsThatWhenItWasAsked) {
+  RunState state = stateAt(1000, 1);
+  WatchedClient& client = state.clients[0];
+  client.askedMs = state.nowMs - 200 * kSecond;
+  client.touchedMs = client.askedMs - (kGoneSeconds - 1) * kSecond;
+  EXPECT_EQ(stateOf(state), ClientState::missing) << "nor is it there any more";
+  client.hasReadyFile = true;
+  EXPECT_EQ(stateOf(state), ClientState::running);
+  *client.touchedMs -= kSecond;
+  EXPECT_EQ(stateOf(state), ClientState::missing);
+}
+
 TEST(JudgeClients, OnesWhoseMinuteHasBegunAreRunning) {
   RunState state = stateAt(0, 1);
   EXPECT_EQ(stateOf(state), ClientState::running);

@@ -161,6 +161,16 @@ TEST_F(RunWatchTest, LooksAtAllAtOnceWhereThatIsAsked) {
   EXPECT_EQ(watch.state().rows, 450);
 }
 
+TEST_F(RunWatchTest, OfManyReadyFilesThoseThatAreStillToBeAskedCount) {
+  for (int i = 0; i < 450; ++i) arm("c" + std::to_string(i));
+  RunWatch watch(folder, {});
+  for (int i = 0; i < 4; ++i) {
+    watch.look();
+    EXPECT_EQ(watch.state().count(ClientState::missing), 0) << i;
+  }
+  EXPECT_TRUE(client(watch, "c449").touchedMs);
+}
+
 TEST_F(RunWatchTest, SaysWhereRowsDoNotTellTheirClient) {
   publish(line("x[iter].bin", "res.csv"));
   arm("c1");

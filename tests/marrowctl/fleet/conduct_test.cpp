@@ -1,0 +1,108 @@
+#include "marrowctl/fleet/conduct.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+
+#include "fakes/fake_clock.h"
+#include "helpers/temp_folder.h"
+#include "marrowctl/fleet/ready_note.h"
+
+namespace marrowbench::ctl {
+namespace {
+
+using test::fakeClock;
+
+// A share with armed clients, which act while the conductor sleeps.
+class ConductTest : public testing::Test {
+ protected:
+  ConductTest() : folder{temporary.path() + "/control", "run"} {
+    std::filesystem::create_directories(folder.path());
+    options.folder = folder;
+    options.waitsForMoment = false;
+    listener.publishing = [](const PublishOptions&) {
+      PublishListener quiet;
+      quiet.prepared = [](const Preparation&) {};
+      quiet.waiting = [](std::int64_t, const StartWindow&) {};
+      quiet.published = [](std::int64_t, const StartWindow&) {};
+      return quiet;
+    };
+    listener.looked = [](const RunState&) {};
+    listener.phaseDone = [this](std::size_t phase) { phasesDone = phase; };
+    fakeClock().duringSleep = [this] {
+      // Ten in a second.
+      if (++sleeps % 10 == 0 && everySecond) everySecond(sleeps / 10);
+    };
+  }
+
+  void addPhases(std::size_t count, const std::string& table = "res_[host].csv") {
+    for (std::size_t i = 0; i < count; ++i) {
+      options.files.push_back(temporary.path() + "/phase" + std::to_string(i + 1) + ".bst");
+      test::writeFile(options.files.back().c_str(), "posix;0;0;0;4;0;4;1;0;MEMORY;[host]_" +
+                                                        std::to_string(i) + ".bin;;" + table +
+                                                        ";true\n");
+    }
+  }
+
+  void arm(std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+      ReadyNote note;
+      note.host = "c" + std::to_string(i);
+      note.clockOffsetMs = 0;
+      note.marrowbench = "9";
+      hosts.push_back(note.host);
+      test::writeFile(folder.ready(note.host).c_str(), textOf(note, 0));
+    }
+    options.wanted.hosts = hosts;
+  }
+
+  void mark(const std::string& host, int phase) const {
+    std::filesystem::create_directory(folder.doneFolder(phase));
+    test::writeFile((folder.doneFolder(phase) + "/done__" + host).c_str(), "done");
+  }
+
+  void addRow(const std::string& table, const std::string& dest) const {
+    std::ofstream(folder.file(table), std::ios::app)
+        << "Nov 16. 02:21.29,Posix,Write,,,0,4096,4,0,4,2,0,MEMORY,," << folder.file(dest)
+        << ",,,0,52,393846,100,,,,,,,,,,,,,\n\n";
+  }
+
+  // Everybody runs a phase as soon as it is there.
+  void runPhases() {
+    for (int phase = 1; phase <= static_cast<int>(options.files.size()); ++phase) {
+      if (!std::filesystem::exists(folder.settings(phase))) return;
+      for (const std::string& host : hosts) {
+        if (std::filesystem::exists(folder.doneFolder(phase) + "/done__" + host)) continue;
+        addRow("res_" + host + ".csv", host + "_" + std::to_string(phase - 1) + ".bin");
+        mark(host, phase);
+      }
+    }
+  }
+
+  const test::TempFolder temporary;
+  const ControlFolder folder;
+  ConductOptions options;
+  ConductListener listener;
+  std::vector<std::string> hosts;
+  std::function<void(int second)> everySecond;
+  std::size_t phasesDone = 0;
+  int sleeps = 0;
+};
+
+// Of the ready files only some are asked at each look.
+TEST_F(ConductTest, MoreClientsThanALookAsksAreNotMissing) {
+  addPhases(2);
+  arm(450);
+  everySecond = [this](int second) {
+    if (second >= 3) runPhases();
+  };
+  const ConductOutcome outcome = conduct(options, listener);
+  EXPECT_EQ(outcome.status, 0) << outcome.problem << outcome.reasons.size();
+  EXPECT_EQ(phasesDone, 2U);
+}
+
+}  // namespace
+}  // namespace marrowbench::ctl
