@@ -54,6 +54,9 @@ def test_three_phases_follow_one_another(fleet):
     assert (fleet.folder / "monday.bst").read_text() == settings_line() + "[cfgPath]monday-2.bst\n"
     assert not (fleet.folder / "monday-3.bst").read_text().endswith(".bst\n")
     assert (fleet.folder / "results.csv").read_text().count("Posix") == 4 * 2 + 4
+    # Who comes later sees the same: the third phase's table was not there before the run.
+    later = fleet.run("watch", "--hosts", "c[1-4]", "--timeout", "0")
+    assert (later.returncode, later.stderr) == (0, ""), later.stdout
 
 
 def test_a_marker_of_an_earlier_run_ends_no_phase(fleet):

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <map>
+#include <unordered_set>
 #include <utility>
 
 #include "marrowctl/fleet/pace.h"
@@ -47,6 +48,7 @@ class Conductor {
       const PublishOptions each = optionsOf(phase, options.leftoversMayStay || phase > 1);
       PublishOutcome outcome = publish(each, listener.publishing(each));
       if (outcome.status != done) return notPublished(std::move(outcome));
+      writtenTables.insert(outcome.tables.begin(), outcome.tables.end());
       if (ConductOutcome end = waitForEnd(phase); end.status != done) return end;
       listener.phaseDone(static_cast<std::size_t>(phase));
     }
@@ -65,6 +67,7 @@ class Conductor {
     each.waitsForMoment = options.waitsForMoment;
     each.phase = phase;
     each.hasNext = phase < phases();
+    each.tablesOfRun = writtenTables;
     return each;
   }
 
@@ -177,6 +180,7 @@ class Conductor {
   const ConductOptions& options;
   const ConductListener& listener;
   RunWatch watch;
+  std::unordered_set<std::string> writtenTables;  // by the phases that are published
 };
 
 }  // namespace

@@ -124,7 +124,9 @@ class Publisher {
     waitUntil(moment, share);
     if (const int signal = interruption.signal(); signal != 0)
       return {kSignalBase + signal, {}, 0, {}};
-    return put(drafts, share, clocks);
+    PublishOutcome outcome = put(drafts, share, clocks);
+    outcome.tables = tablesOf(preparation.publication.plan);
+    return outcome;
   }
 
   // The settings files, and a note for those that watch.
@@ -137,6 +139,7 @@ class Publisher {
                        clocks,
                        {}};
     for (const std::string& table : preparation.leftovers.tables) {
+      if (options.tablesOfRun.contains(table)) continue;
       std::int64_t bytes = 0;
       (void)fileStatus(table.c_str(), nullptr, &bytes);
       note.tables[options.folder.within(table)] = bytes;

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "marrowctl/check/finding.h"
@@ -24,6 +25,8 @@ struct PublishOptions {
   bool isBeforeArming = false;  ///< of prepareToPublish(): nobody can be ready yet
   int phase = 1;
   bool hasNext = false;  ///< another phase follows
+  /// Tables that earlier phases of this run write to: what stands in them is of this run.
+  std::unordered_set<std::string> tablesOfRun{};
 };
 
 /// What was found out before a file is published.
@@ -53,6 +56,7 @@ struct PublishOutcome {
   std::vector<std::string> refusals;  ///< why it was not published; empty: it was, or a dry run
   std::int64_t publishedMs = 0;       ///< by the share's clock
   StartWindow window;
+  std::vector<std::string> tables{};  ///< that clients write to
 };
 
 /// Puts a settings file, and what it chains to, into the folder of a run, where armed clients find

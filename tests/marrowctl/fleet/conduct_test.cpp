@@ -9,6 +9,7 @@
 
 #include "fakes/fake_clock.h"
 #include "helpers/temp_folder.h"
+#include "marrowctl/fleet/published_note.h"
 #include "marrowctl/fleet/ready_note.h"
 
 namespace marrowbench::ctl {
@@ -102,6 +103,28 @@ TEST_F(ConductTest, MoreClientsThanALookAsksAreNotMissing) {
   const ConductOutcome outcome = conduct(options, listener);
   EXPECT_EQ(outcome.status, 0) << outcome.problem << outcome.reasons.size();
   EXPECT_EQ(phasesDone, 2U);
+}
+
+// Else one that comes later to watch would take the rows of the first phase for an earlier run's.
+TEST_F(ConductTest, NotesOfLaterPhasesKnowTablesOfThisRun) {
+  addPhases(2, "results.csv");
+  arm(2);
+  test::writeFile(folder.file("old.csv").c_str(), "");
+  everySecond = [this](int second) {
+    for (int phase = 1; phase <= 2; ++phase) {
+      if (second < 2 || !std::filesystem::exists(folder.settings(phase))) continue;
+      for (const std::string& host : hosts) {
+        if (std::filesystem::exists(folder.doneFolder(phase) + "/done__" + host)) continue;
+        addRow("results.csv", host + "_" + std::to_string(phase - 1) + ".bin");
+        mark(host, phase);
+      }
+    }
+  };
+  EXPECT_EQ(conduct(options, listener).status, 0);
+  const auto note = publishedNoteFrom(test::readFile(folder.published(2).c_str()));
+  ASSERT_TRUE(note);
+  EXPECT_EQ(note->phase, 2);
+  EXPECT_TRUE(note->tables.empty()) << note->tables.begin()->first;
 }
 
 }  // namespace
