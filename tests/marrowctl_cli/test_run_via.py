@@ -242,14 +242,41 @@ def test_time_that_is_up_reports_what_is_there(via):
 
 @pytest.mark.parametrize("number, send", [(signal.SIGINT, os.killpg), (signal.SIGTERM, os.kill)])
 def test_a_signal_while_clients_are_armed_ends_it(via, number, send):
-    """From a terminal the engine gets it, too."""
-    process = via.start(*via.words("ssh", via.settings()), STUB_HANGS="c2")
-    wait_until(lambda: "ssh c2" in via.calls(), 120)
+    """And the engine, with all its processes."""
+    process = via.start(*via.words("ssh", via.settings()), STUB_HANGS="c1 c2 c3")
+    wait_until(lambda: len(via.calls()) == 3, 120)
     send(process.pid, number)
     out, err = process.communicate(timeout=120)
     assert (process.returncode, out) == (128 + number, ""), err
     assert "marrowctl run: clients could not be armed: ended by a signal\n" in err
     assert list(via.temporary.iterdir()) == []
+    wait_until(lambda: not via.fleet.processes())
+
+
+def test_an_engine_does_not_outlive_a_program_that_is_killed(via):
+    process = via.start(*via.words("ssh", via.settings()), STUB_HANGS="c1 c2 c3")
+    wait_until(lambda: len(via.calls()) == 3, 120)
+    process.kill()
+    process.wait(timeout=60)
+    wait_until(lambda: not via.fleet.processes())
+
+
+@pytest.mark.parametrize("engine, words", [
+    ("ssh", "the clients go on without this program"),
+    ("srun", "srun ends, and the clients with it"),
+])
+def test_a_signal_while_clients_run_says_what_becomes_of_them(via, engine, words):
+    settings = via.settings("posix;0;0;120000;4;0;400;1;0;MEMORY;[host].bin;;results.csv;true\n")
+    process = via.start(*via.words(engine, settings))
+    wait_until(lambda: (via.fleet.control / "mine/c1.bin").exists(), 240)
+    process.send_signal(signal.SIGTERM)
+    _, err = process.communicate(timeout=120)
+    assert process.returncode == 128 + signal.SIGTERM
+    assert f"marrowctl run: {words}: ended by a signal\n" in err
+    if engine == "srun":
+        wait_until(lambda: not via.fleet.processes())
+    else:
+        assert via.fleet.processes()
 
 
 @pytest.mark.parametrize("arguments, message", [

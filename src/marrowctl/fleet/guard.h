@@ -16,7 +16,8 @@ class Guard {
   /// The guarded process has ended, or is no longer to be guarded.
   ~Guard();
 
-  /// Starts guarding, once. @return errno of what failed
+  /// Starts guarding, once. @param guarded  a process, or a whole group of them: its number below 0
+  /// @return errno of what failed
   [[nodiscard]] int start(pid_t guarded);
 
  private:

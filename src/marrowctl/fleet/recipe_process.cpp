@@ -62,8 +62,12 @@ std::string RecipeProcess::start(Engine engine, const RecipeOptions& options) {
   std::vector<std::string> words = commandFor(engine, file, options.hosts.size());
   const std::string program = words.front();
   words.erase(words.begin());
-  const int code = process.start({program, words, printed});
-  return code == 0 ? "" : program + ": " + std::strerror(code);
+  // A shell does not hand on the signal that ends it, and engines have many processes.
+  if (const int code = process.start({program, words, printed, true}); code != 0)
+    return program + ": " + std::strerror(code);
+  if (const int code = guard.emplace().start(-process.id()); code != 0)
+    return std::string("a process can't be started: ") + std::strerror(code);
+  return {};
 }
 
 std::string RecipeProcess::lastLines() const {
@@ -77,6 +81,13 @@ std::string RecipeProcess::lastLines() const {
   // Where it does not begin at the front, the first line has none.
   if (begin > 0) text.erase(0, text.find('\n') + 1);
   return text;
+}
+
+std::optional<ChildEnd> RecipeProcess::end() {
+  const std::optional<ChildEnd> end = process.end();
+  // Its number may become another group's.
+  if (end) guard.reset();
+  return end;
 }
 
 int RecipeProcess::write(const std::string& text) {

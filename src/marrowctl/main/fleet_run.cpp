@@ -172,7 +172,9 @@ class FleetRun {
       awaitEngine();
       return std::nullopt;
     }
-    Outcome outcome = stopped(watched.status, "the clients go on without this program");
+    Outcome outcome =
+        stopped(watched.status, endsClients() ? engineName + " ends, and the clients with it"
+                                              : "the clients go on without this program");
     outcome.messages = watched.messages + outcome.messages;
     return outcome;
   }
@@ -202,8 +204,11 @@ class FleetRun {
     }
   }
 
-  [[nodiscard]] std::string endOfArmed(std::size_t ready) const {
-    if (ready == 0) return {};
+  // The engine ends with this program, and with it clients that stay in its foreground.
+  [[nodiscard]] bool endsClients() { return mustering.engine == Engine::srun && !engine.end(); }
+
+  [[nodiscard]] std::string endOfArmed(std::size_t ready) {
+    if (ready == 0 || endsClients()) return {};
     return fmt::format("{} armed; without a run they stop {} after they were armed\n",
                        ready == 1 ? "1 client stays"
                                   : shownCount(static_cast<std::int64_t>(ready)) + " clients stay",

@@ -33,6 +33,22 @@ class FileActions {
   posix_spawn_file_actions_t actions{};
 };
 
+// How the process itself is started.
+class Attributes {
+ public:
+  Attributes() { (void)posix_spawnattr_init(&all); }
+  Attributes(const Attributes&) = delete;
+  Attributes& operator=(const Attributes&) = delete;
+  ~Attributes() { (void)posix_spawnattr_destroy(&all); }
+
+  int leadGroup() {
+    const int code = posix_spawnattr_setpgroup(&all, 0);
+    return code != 0 ? code : posix_spawnattr_setflags(&all, POSIX_SPAWN_SETPGROUP);
+  }
+
+  posix_spawnattr_t all{};
+};
+
 }  // namespace
 
 int ChildProcess::start(const ChildCommand& command) {
@@ -46,9 +62,12 @@ int ChildProcess::start(const ChildCommand& command) {
   FileActions files;
   int code = files.readNothing();
   if (code == 0) code = files.writeTo(command.output);
+  Attributes attributes;
+  if (code == 0 && command.hasOwnGroup) code = attributes.leadGroup();
   if (code != 0) return code;
-  code = posix_spawnp(&process, command.program.c_str(), &files.actions, nullptr, words.data(),
-                      environ);
+  hasOwnGroup = command.hasOwnGroup;
+  code = posix_spawnp(&process, command.program.c_str(), &files.actions, &attributes.all,
+                      words.data(), environ);
   if (code != 0) process = 0;
   return code;
 }
@@ -66,7 +85,7 @@ std::optional<ChildEnd> ChildProcess::end() {
 }
 
 void ChildProcess::send(int signal) {
-  if (process != 0 && !end()) (void)kill(process, signal);
+  if (process != 0 && !end()) (void)kill(hasOwnGroup ? -process : process, signal);
 }
 
 }  // namespace marrowbench::ctl

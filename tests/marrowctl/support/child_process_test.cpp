@@ -2,9 +2,13 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstddef>
+#include <optional>
 #include <string>
 
 #include "helpers/temp_folder.h"
@@ -64,6 +68,43 @@ TEST(ChildProcess, TellsTheSignalThatEndedIt) {
   const ChildEnd end = endOf(child);
   EXPECT_EQ(end.signal, SIGINT);
   child.send(SIGINT);  // to nobody
+}
+
+// Reads from a pipe what is there, or its end, which comes when nobody holds its other one any
+// more. Nothing: that takes longer than any machine needs for it.
+std::optional<std::string> readFrom(int pipeEnd) {
+  struct pollfd waiting {
+    pipeEnd, POLLIN, 0
+  };
+  if (poll(&waiting, 1, 60'000) <= 0) return std::nullopt;
+  char text[100];
+  const ssize_t count = read(pipeEnd, text, sizeof text);
+  return std::string(text, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+}
+
+TEST(ChildProcess, ASignalReachesAllOfItsOwnGroup) {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  for (const int end : ends) (void)fcntl(end, F_SETFD, FD_CLOEXEC);
+  ChildProcess child;
+  ASSERT_EQ(child.start({"sh", {"-c", "sleep 600 & echo it runs; wait"}, ends[1], true}), 0);
+  (void)close(ends[1]);
+  EXPECT_EQ(getpgid(child.id()), child.id());
+  EXPECT_EQ(readFrom(ends[0]), "it runs\n");
+  child.send(SIGTERM);
+  EXPECT_EQ(endOf(child).signal, SIGTERM);
+  EXPECT_EQ(readFrom(ends[0]), "") << "the other one is still there";
+  (void)close(ends[0]);
+}
+
+TEST(ChildProcess, BelongsToTheGroupOfThisProcessOtherwise) {
+  const TempFolder folder;
+  const Output output(folder);
+  ChildProcess child;
+  ASSERT_EQ(child.start(shell("exec sleep 100", output)), 0);
+  EXPECT_EQ(getpgid(child.id()), getpgrp());
+  child.send(SIGTERM);
+  EXPECT_EQ(endOf(child).signal, SIGTERM);
 }
 
 TEST(ChildProcess, PutsBothOutputsIntoTheFileAndReadsNothing) {
