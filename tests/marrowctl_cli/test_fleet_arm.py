@@ -203,6 +203,16 @@ def test_give_up_ends_the_waiting(fleet):
     assert fleet.processes() == []
 
 
+def test_what_another_machine_wrote_sends_the_terminal_nothing(fleet):
+    (client,) = fleet.arm_all(["c1"])
+    ready = fleet.folder / "ready__c1"
+    note = json.loads(ready.read_text()) | {"id": "another", "kernel": "\x1b[31mLinux\x07"}
+    ready.write_text(json.dumps(note) + "\n")
+    status, _, err = ended(client)
+    assert status == 1
+    assert "\ufffd[31mLinux\ufffd" in err and "\x1b" not in err and "\x07" not in err
+
+
 def test_give_up_does_not_end_tests(fleet):
     (client,) = fleet.arm_all(["c1"], "--give-up", "20m", program=FAST_COMMAND,
                               environment={"MARROWBENCH_CLOCK_SPEED": "120"})

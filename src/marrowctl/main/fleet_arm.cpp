@@ -5,6 +5,7 @@
 #include "marrowctl/fleet/arm.h"
 #include "marrowctl/main/detachment.h"
 #include "marrowctl/main/fleet_options.h"
+#include "marrowctl/support/utf8.h"
 #include "support/signal_hold.h"
 
 namespace marrowbench::ctl {
@@ -28,7 +29,8 @@ Outcome runArm(const ArmCommand& command) {
     if (const auto outcome = detachment.leave()) return *outcome;
   }
   const auto say = [](const std::string& message) {
-    print("marrowctl fleet arm: " + message + "\n", stderr);
+    // It may quote what another machine has written into a file on the share.
+    print("marrowctl fleet arm: " + printable(message) + "\n", stderr);
   };
   const ArmListener listener{say,
                              [&command](std::string_view text) {
@@ -40,7 +42,7 @@ Outcome runArm(const ArmCommand& command) {
                              }};
   const ArmOutcome outcome = arm(command.arm, listener);
   if (outcome.reason.empty()) return {outcome.status, "", ""};
-  return {outcome.status, "", "marrowctl fleet arm: " + outcome.reason + "\n"};
+  return {outcome.status, "", "marrowctl fleet arm: " + printable(outcome.reason) + "\n"};
 }
 
 }  // namespace

@@ -4,9 +4,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -47,6 +49,17 @@ constexpr std::int64_t kSecondsOfEngine = 30;
 void say(const std::string& text) {
   (void)std::fputs(text.c_str(), stderr);
   (void)std::fflush(stderr);
+}
+
+// What clients print may hold anything.
+std::string printableLines(std::string_view text) {
+  std::string lines;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    lines += printable(text.substr(0, end)) + "\n";
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+  return lines;
 }
 
 // The first table that several clients write to.
@@ -144,7 +157,7 @@ class FleetRun {
         found.status == answerIsNo ? "not all clients are armed" : "clients could not be armed";
     Outcome outcome = stopped(found.status, problem, found.problems);
     if (const std::string said = engine.lastLines(); !said.empty())
-      outcome.messages += engineName + " printed:\n" + said;
+      outcome.messages += engineName + " printed:\n" + printableLines(said);
     outcome.messages += endOfArmed(found.ready);
     return outcome;
   }

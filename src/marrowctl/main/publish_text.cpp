@@ -63,7 +63,7 @@ std::string clientsText(const Preparation& preparation, const Wanted& wanted) {
                   shownCount(clocks.fastestMs - clocks.slowestMs + preparation.rounding));
   const std::vector<std::string> more = uninvited(preparation.roll, wanted);
   if (!more.empty())
-    text += fmt::format("Ready, too, and starting with them: {}.\n", shownNames(more));
+    text += fmt::format("Ready, too, and starting with them: {}.\n", printable(shownNames(more)));
   return text;
 }
 
@@ -77,7 +77,8 @@ void printPreparation(const Preparation& preparation, const PublishOptions& opti
                                  printable(options.folder.settings(options.phase)),
                                  shownCount(totals.rows, "row"));
   text += placesText(publication.plan);
-  for (const std::string& difference : publication.differences) text += "  " + difference + "\n";
+  for (const std::string& difference : publication.differences)
+    text += "  " + printable(difference) + "\n";
   text += clientsText(preparation, options.wanted);
   printNow(text, output);
 }
@@ -115,8 +116,8 @@ PublishListener printingListener(const PublishOptions& options, std::FILE* outpu
 
 std::string refusalText(const std::string& subcommand, const std::string& problem,
                         const std::vector<std::string>& reasons) {
-  std::string text =
-      fmt::format("marrowctl {}: {}{}\n", subcommand, problem, reasons.empty() ? "" : ":");
+  std::string text = fmt::format("marrowctl {}: {}{}\n", subcommand, printable(problem),
+                                 reasons.empty() ? "" : ":");
   for (const std::string& reason : reasons) text += "  " + printable(reason) + "\n";
   return text;
 }
