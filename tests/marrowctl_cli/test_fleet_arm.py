@@ -192,15 +192,24 @@ def test_a_ready_file_that_was_left_behind_is_taken_over(fleet):
 
 
 def test_give_up_ends_the_waiting(fleet):
-    client = fleet.arm("c1", "--give-up", "2m", program=FAST_COMMAND)
+    before = time.monotonic()
+    client = fleet.arm("c1", "--give-up", "3s")
     status, out, err = ended(client)
-    assert status == 1
-    assert err.endswith(f"marrowctl fleet arm: gave up after 2 min 0 s: {fleet.folder}/monday.bst "
+    assert status == 1 and time.monotonic() - before >= 3
+    assert err.endswith(f"marrowctl fleet arm: gave up after 3 s: {fleet.folder}/monday.bst "
                         "did not come\n")
     assert "Loading/Waiting" in out
     assert fleet.names() == {"console__c1", "finished__c1"}
-    assert fleet.finished("c1")["message"].startswith("gave up after 2 min 0 s")
+    assert fleet.finished("c1")["message"].startswith("gave up after 3 s")
     assert fleet.processes() == []
+
+
+def test_a_clock_that_is_set_makes_nobody_give_up(fleet):
+    # By that clock an hour passes in a second.
+    (client,) = fleet.arm_all(["c1"], "--give-up", "1h", program=FAST_COMMAND,
+                              environment={"MARROWBENCH_CLOCK_SPEED": "3600"})
+    time.sleep(4)
+    assert client.poll() is None, client.stderr.read()
 
 
 def test_what_another_machine_wrote_sends_the_terminal_nothing(fleet):
@@ -214,14 +223,13 @@ def test_what_another_machine_wrote_sends_the_terminal_nothing(fleet):
 
 
 def test_give_up_does_not_end_tests(fleet):
-    (client,) = fleet.arm_all(["c1"], "--give-up", "20m", program=FAST_COMMAND,
-                              environment={"MARROWBENCH_CLOCK_SPEED": "120"})
-    # A pause that is longer: 25 minutes in 13 seconds.
-    put(fleet, "posix;0;0;1500000;4;0;4;1;0;MEMORY;out.bin;;results.csv;true\n[cfgPath]next.bst\n")
+    (client,) = fleet.arm_all(["c1"], "--give-up", "15s", environment={"MARROWBENCH_CLOCK_SPEED": "120"})
+    # A pause that is longer: 50 minutes by the clock of the program, which are 25 seconds.
+    put(fleet, "posix;0;0;3000000;4;0;4;1;0;MEMORY;out.bin;;results.csv;true\n[cfgPath]next.bst\n")
     wait_until(lambda: (fleet.folder / "_monday_log/done__c1").exists(), 240)
     status, _, err = ended(client)
     assert status == 1
-    assert f"gave up after 20 min 0 s: {fleet.folder}/next.bst did not come" in err
+    assert f"gave up after 15 s: {fleet.folder}/next.bst did not come" in err
 
 
 def test_detached_client_survives_its_shell(fleet):

@@ -14,6 +14,7 @@
 #include "marrowctl/fleet/guard.h"
 #include "marrowctl/fleet/pace.h"
 #include "marrowctl/fleet/ready_file.h"
+#include "marrowctl/fleet/stopwatch.h"
 #include "marrowctl/report/output.h"
 #include "marrowctl/support/child_process.h"
 #include "marrowctl/support/exit_status.h"
@@ -140,13 +141,13 @@ class ArmedClient {
       if (text.empty()) break;
       listener.printed(text);
     }
-    if (console.awaited() != before) waitingSince = currentSeconds();
+    if (console.awaited() != before) waiting = Stopwatch();
   }
 
   // A file that is there is found by the program within its five seconds.
   [[nodiscard]] bool hasWaitedTooLong() const {
     return options.giveUpSeconds && isWaiting() &&
-           currentSeconds() - waitingSince >= *options.giveUpSeconds &&
+           waiting.seconds() >= static_cast<double>(*options.giveUpSeconds) &&
            !fileStatus(console.awaited().c_str());
   }
 
@@ -232,7 +233,7 @@ class ArmedClient {
   Guard guard;
   std::string settings;
   std::string lastComplaint;
-  std::int64_t waitingSince = 0;
+  Stopwatch waiting;  // not by the clock, which somebody may set meanwhile
   bool isArmed = false;
   bool isTaken = false;  // the ready file is another client's
 };
