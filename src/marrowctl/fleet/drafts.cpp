@@ -1,6 +1,7 @@
 #include "marrowctl/fleet/drafts.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -23,9 +24,20 @@ std::string draftOf(const std::string& path) {
   return path.substr(0, name) + "." + path.substr(name) + "." + std::to_string(getpid());
 }
 
+// Clients run as other users, too: whatever this one's umask is, they read it. Shares without such
+// rights refuse it, and need none.
+void letAllRead(const OpenFile& file) {
+  constexpr mode_t kReadableByAll = S_IRUSR | S_IRGRP | S_IROTH;
+  struct stat status {};
+  if (fstat(file.descriptor(), &status) != 0) return;
+  const mode_t wanted = (status.st_mode | kReadableByAll) & 07777;
+  if (wanted != (status.st_mode & 07777)) (void)fchmod(file.descriptor(), wanted);
+}
+
 int writeText(const std::string& path, int flags, const std::string& text) {
   OpenFile file(path, O_WRONLY | flags);
   if (!file.isOpen()) return errno;
+  letAllRead(file);
   const int code = file.writeAt(0, text);
   const int closing = file.close();
   return code != 0 ? code : closing;
@@ -49,12 +61,18 @@ std::string Drafts::write(const std::map<std::string, std::string>& texts) {
 std::string Drafts::publish(const std::string& last) {
   std::stable_partition(drafts.begin(), drafts.end(),
                         [&last](const Draft& draft) { return draft.place != last; });
+  std::vector<std::string> placed;
   while (!drafts.empty()) {
     const Draft& draft = drafts.front();
     // Written once more for its time: what is newer than the file was done since it appeared.
     int code = draft.place == last ? writeText(draft.path, 0, draft.text) : 0;
     if (code == 0 && std::rename(draft.path.c_str(), draft.place.c_str()) != 0) code = errno;
-    if (code != 0) return problemWith(draft.place, code);
+    if (code != 0) {
+      // Half of it would stand in the way of the next try.
+      for (const std::string& place : placed) (void)std::remove(place.c_str());
+      return problemWith(draft.place, code);
+    }
+    placed.push_back(draft.place);
     drafts.erase(drafts.begin());
   }
   return {};

@@ -21,7 +21,8 @@ class Drafts {
   /// @return the problem, with the path in front; empty: none
   [[nodiscard]] std::string write(const std::map<std::string, std::string>& texts);
 
-  /// Puts the files into their places, this one last; its time is that of now.
+  /// Puts the files into their places, this one last; its time is that of now. All users may read
+  /// them. Where one can't be put there, those before are removed.
   /// @return as write() does
   [[nodiscard]] std::string publish(const std::string& last);
 
