@@ -76,6 +76,7 @@ class ReadyFile {
   ReadyNote note;
   std::size_t length = 0;  // of the file
   int writes = 0;
+  std::int64_t clockReadingMs = 0;  // that reading the share's clock took when the offset was taken
 };
 
 }  // namespace marrowbench::ctl

@@ -16,8 +16,6 @@ namespace {
 
 constexpr std::int64_t kMsOfSecond = 1000;
 constexpr long kNanosecondsOfMs = 1'000'000;
-// A machine that stood still meanwhile has a reading that is off by as much.
-constexpr std::int64_t kQuickMs = 200;
 constexpr int kMostReadings = 3;
 
 // POSIX has one name for it, macOS another.
@@ -44,13 +42,11 @@ int writeFront(const std::string& path, std::string_view text) {
   return code != 0 ? code : closing;
 }
 
-// @param duration  of the writing, milliseconds
-int readOnce(const std::string& path, std::string_view text, ClockReading& reading,
-             std::int64_t& duration) {
+int readOnce(const std::string& path, std::string_view text, ClockReading& reading) {
   const std::int64_t before = localMs();
   if (const int code = writeFront(path, text); code != 0) return code;
-  duration = localMs() - before;
-  reading.localMs = before + duration / 2;
+  reading.durationMs = localMs() - before;
+  reading.localMs = before + reading.durationMs / 2;
   // Opened once more: clients of shares ask the server then, where they answer from memory else.
   const OpenFile file(path, O_RDONLY);
   struct stat status {};
@@ -67,14 +63,23 @@ std::int64_t modifiedMs(const struct stat& status) {
   return static_cast<std::int64_t>(time.tv_sec) * kMsOfSecond + time.tv_nsec / kNanosecondsOfMs;
 }
 
+std::optional<std::int64_t> modifiedMsOf(const std::string& path, std::int64_t* bytes) {
+  const OpenFile file(path, O_RDONLY | O_NONBLOCK);
+  struct stat status {};
+  const int failure =
+      file.isOpen() ? fstat(file.descriptor(), &status) : stat(path.c_str(), &status);
+  if (failure != 0) return std::nullopt;
+  if (bytes != nullptr) *bytes = status.st_size;
+  return modifiedMs(status);
+}
+
 int writeAndReadClock(const std::string& path, std::string_view text, ClockReading& reading) {
   std::int64_t shortest = std::numeric_limits<std::int64_t>::max();
-  for (int i = 0; i < kMostReadings && shortest > kQuickMs; ++i) {
+  for (int i = 0; i < kMostReadings && shortest > kQuickReadingMs; ++i) {
     ClockReading next;
-    std::int64_t duration = 0;
-    if (const int code = readOnce(path, text, next, duration); code != 0) return code;
-    if (duration >= shortest) continue;
-    shortest = duration;
+    if (const int code = readOnce(path, text, next); code != 0) return code;
+    if (next.durationMs >= shortest) continue;
+    shortest = next.durationMs;
     reading = next;
   }
   return 0;

@@ -84,6 +84,33 @@ TEST_F(ReadyFileTest, TellsTheClocksDifferenceFromTheFirstTouchOn) {
   EXPECT_GT(*offset, 60'000);
 }
 
+// While tests load the share, writing takes long, and when within that time it was is not known.
+TEST_F(ReadyFileTest, ASlowReadingDoesNotReplaceAQuickOne) {
+  ClockReading reading;
+  ASSERT_EQ(readShareClock(folder.path(), reading), 0);
+  fakeClock().now = reading.shareMs * 1000;
+  ReadyFile file = fileOf("a");
+  ASSERT_EQ(file.claim(watcher()).kind, Claim::Kind::held);
+  ASSERT_EQ(file.touch().kind, Claim::Kind::held);
+  const auto before = seeReadyFile(path)->note->clockOffsetMs;
+  fakeClock().msPerReading = 5000;
+  for (int i = 0; i < 14; ++i) ASSERT_EQ(file.touch().kind, Claim::Kind::held);
+  EXPECT_EQ(seeReadyFile(path)->note->clockOffsetMs, before);
+  // A clock that was set is noticed by the next quick one.
+  fakeClock().msPerReading = 0;
+  fakeClock().now += 3'600'000'000;
+  for (int i = 0; i < 14; ++i) ASSERT_EQ(file.touch().kind, Claim::Kind::held);
+  EXPECT_GT(*seeReadyFile(path)->note->clockOffsetMs, 3'000'000);
+}
+
+TEST_F(ReadyFileTest, ASlowReadingIsBetterThanNone) {
+  ReadyFile file = fileOf("a");
+  fakeClock().msPerReading = 500;
+  ASSERT_EQ(file.claim(watcher()).kind, Claim::Kind::held);
+  ASSERT_EQ(file.touch().kind, Claim::Kind::held);
+  EXPECT_TRUE(seeReadyFile(path)->note->clockOffsetMs);
+}
+
 TEST_F(ReadyFileTest, TakesTheVersionWithTheNextTouch) {
   ReadyFile file = fileOf("a");
   ASSERT_EQ(file.claim(watcher()).kind, Claim::Kind::held);
