@@ -30,7 +30,7 @@ END = 24  # the done marker, what the console said, the finished file
 # Calls of the machine that publishes and watches.
 CALL_ROLL = 5  # per ready file
 NAMES_PER_LISTING = 800  # of a folder
-FOLLOW = 6  # per client: its ready file, its table and the lock of that
+FOLLOW = 8  # per client: its ready file, opened for its time, its table and the lock of that
 LOOKED_AT = 200  # clients in one look
 
 LIST_EVERY, TOUCH_EVERY, LOOK_EVERY, WATCH_EVERY = 1, 10, 5, 1

@@ -308,6 +308,36 @@ def test_each_folder_is_read_once_a_second_at_most(fleet):
         assert 2 <= opened.count(str(folder)) <= seconds + 2
 
 
+@pytest.mark.skipif(bool(EMULATOR) or shutil.which("strace") is None, reason="needs strace")
+def test_what_clients_of_shares_remember_is_asked_again(fleet):
+    """That a table was not there, and the time of a marker which is then written anew: by opening its folder, and
+    the marker."""
+    tables = fleet.control.parent / "tables"
+    tables.mkdir()
+    pretend_ready(fleet, "c1", "c2")
+    put(fleet, settings_line(table=f"{tables}/[host]/res.csv") + settings_line(table=f"{tables}/results.csv"))
+    mark(fleet, "c1")
+    old(fleet.folder / "_monday_log/done__c1", 86_400)
+    trace = fleet.control.parent / "trace"
+    before = time.monotonic()
+    subprocess.run(["strace", "-f", "-o", trace, "-e", "trace=openat", *COMMAND, "fleet", "watch", *fleet.place(),
+                    "--timeout", "4s"], capture_output=True, timeout=120)
+    seconds = time.monotonic() - before
+    folders = re.findall(r'openat\(AT_FDCWD, "([^"]+)", [^)]*O_DIRECTORY', trace.read_text())
+    assert 2 <= folders.count(str(tables)) <= seconds + 2
+    assert f'"{fleet.folder}/_monday_log/done__c1"' in trace.read_text()
+
+
+def test_tables_with_the_date_in_their_names_are_counted(fleet):
+    (client,) = fleet.arm_all(["c1"])
+    watching = fleet.start("watch", "--timeout", "5m")
+    put(fleet, settings_line(iterations=3, table="res_[date].csv"))
+    out, err = watching.communicate(timeout=120)
+    assert (watching.returncode, err) == (0, ""), out
+    assert "rows 3 of 3" in out.splitlines()[-1]
+    assert client.wait(timeout=60) == 0
+
+
 def test_it_changes_nothing(fleet):
     pretend_ready(fleet, "c1")
     put(fleet, settings_line())

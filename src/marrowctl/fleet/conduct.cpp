@@ -20,7 +20,7 @@ namespace {
 constexpr std::int32_t kTickMs = 100;
 constexpr std::int64_t kMsOfSecond = 1000;
 constexpr int kSignalBase = 128;
-// What was written last may reach this machine late.
+// What was written last may reach this machine late, the marker of a client that has ended, say.
 constexpr int kLastLooks = 10;
 
 // The last file of a phase that is there: behind it clients wait for the next phase.
@@ -123,20 +123,31 @@ class Conductor {
     SparingPace pace;
     int looksLeft = kLastLooks;
     for (;;) {
-      watch.look();
+      const bool isLastLook = isTimeUp(start);
+      if (isLastLook || looksLeft < kLastLooks) {
+        watch.lookAtAll();
+      } else {
+        watch.look();
+      }
       const RunState& state = watch.state();
       listener.looked(state);
       if (!watch.problem().empty()) return {notDone, watch.problem(), {}};
-      if (hasEnded(phase, state)) {
-        // A phase is over with its last marker, the run with its last row.
-        if (phase < phases() || isComplete(state)) return {};
-        if (--looksLeft == 0) return incomplete(phase, lacks(state));
-      } else if (state.count(ClientState::missing) > 0 || isTimeUp(start)) {
-        return stopped(phase, state);
-      }
+      if (isOverWith(phase, state)) return {};
+      looksLeft = mayEnd(phase, state) ? kLastLooks : looksLeft - 1;
+      if (looksLeft == 0 || isLastLook) return stopped(phase, state);
       if (const int signal = sleepFor(pace.pauseMs(), interruption); signal != 0)
         return {kSignalBase + signal, "", {}};
     }
+  }
+
+  // A phase is over with its last marker, the run with its last row.
+  [[nodiscard]] bool isOverWith(int phase, const RunState& state) const {
+    return hasEnded(phase, state) && (phase < phases() || isComplete(state));
+  }
+
+  // False: somebody is missing, or only rows are.
+  [[nodiscard]] bool mayEnd(int phase, const RunState& state) const {
+    return state.count(ClientState::missing) == 0 && !hasEnded(phase, state);
   }
 
   // Every marker is there, once the watch knows that the phase is published.
@@ -152,10 +163,6 @@ class Conductor {
     return options.timeoutSeconds && now - start >= *options.timeoutSeconds * kMsOfSecond;
   }
 
-  static ConductOutcome incomplete(int phase, std::vector<std::string> reasons) {
-    return {answerIsNo, fmt::format("phase {} is not complete", phase), std::move(reasons)};
-  }
-
   [[nodiscard]] ConductOutcome stopped(int phase, const RunState& state) const {
     RunState here = state;
     here.awaited.clear();
@@ -166,7 +173,7 @@ class Conductor {
           "until they are ended, or give up",
           phase + 1, options.folder.settings(phase + 1)));
     }
-    return incomplete(phase, std::move(reasons));
+    return {answerIsNo, fmt::format("phase {} is not complete", phase), std::move(reasons)};
   }
 
   // Returns the signal that ended it.

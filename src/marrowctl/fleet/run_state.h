@@ -30,7 +30,7 @@ struct WatchedClient {
   std::optional<std::int64_t>
       touchedMs;                      ///< its ready file; nothing: nobody has asked yet, or none
   std::int64_t askedMs = 0;           ///< when that was asked: of thousands, some at each look
-  std::optional<int> finishedStatus;      ///< of its finished file, when there is no ready file
+  std::optional<int> finishedStatus;  ///< of its finished file, when there is no ready file
   std::string finishedMessage;
   std::size_t markers = 0;  ///< fresh ones
   std::int64_t rows = 0;
@@ -58,6 +58,7 @@ struct RunState {
   std::int64_t rows = 0;
   bool knowsOwners = false;  ///< rows tell which client they are from
   std::optional<std::int64_t> lastRowMs;
+  std::vector<std::string> uncounted;  ///< templates of tables whose rows can't be followed
   std::vector<WatchedLock> locks;
   std::string
       awaited;  ///< the settings file of the next phase, which is not there yet; empty: none

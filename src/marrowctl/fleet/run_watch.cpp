@@ -1,7 +1,6 @@
 #include "marrowctl/fleet/run_watch.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -12,8 +11,7 @@
 #include <utility>
 
 #include "marrowctl/fleet/finished_note.h"
-#include "marrowctl/fleet/folder_names.h"
-#include "marrowctl/fleet/leftovers.h"
+#include "marrowctl/fleet/in_turn.h"
 #include "marrowctl/fleet/open_file.h"
 #include "marrowctl/fleet/ready_file.h"
 #include "marrowctl/fleet/start_window.h"
@@ -32,28 +30,11 @@ namespace fs = std::filesystem;
 constexpr std::int64_t kMsOfSecond = 1000;
 constexpr std::int64_t kClockEveryMs = 60'000;
 
-std::optional<std::int64_t> changedMs(const std::string& path) {
-  struct stat status {};
-  if (stat(path.c_str(), &status) != 0) return std::nullopt;
-  return modifiedMs(status);
-}
-
 std::string textIn(const std::string& path) {
   std::string text;
   const OpenFile file(path, O_RDONLY);
   if (file.isOpen() && file.read(text) != 0) text.clear();
   return text;
-}
-
-// Calls `take` with the next numbers below `size`, all of them or `most`, and goes on behind the
-// last one in the next call.
-template <class Take>
-void inTurn(std::size_t size, std::size_t most, std::size_t& next, Take take) {
-  const std::size_t count = std::min(size, most);
-  for (std::size_t i = 0; i < count; ++i) {
-    if (next >= size) next = 0;
-    take(next++);
-  }
 }
 
 }  // namespace
@@ -68,6 +49,7 @@ RunWatch::RunWatch(ControlFolder runFolder, const Wanted& wanted)
 }
 
 void RunWatch::lookAt(std::size_t mostFiles) {
+  folders.forget();
   readClock();
   readFolder();
   if (isPlanWanting()) readPlan();
@@ -78,7 +60,7 @@ void RunWatch::lookAt(std::size_t mostFiles) {
   }
   readTouches(mostFiles);
   followTables(mostFiles);
-  readLocks(mostFiles);
+  seen.locks = tables.locks(mostFiles, seen.nowMs);
   takeStock();
 }
 
@@ -96,13 +78,24 @@ void RunWatch::readClock() {
 }
 
 void RunWatch::readFolder() {
+  const FolderListing& listing = folders.of(folder.path());
+  // Before the first client is armed there is no such folder.
+  if (listing.code == ENOENT) {
+    trouble = problemOfShare(folder);
+  } else {
+    trouble = listing.code == 0 ? "" : folder.path() + ": " + std::strerror(listing.code);
+  }
+  takeNames(listing.names);
+}
+
+void RunWatch::takeNames(const std::vector<std::string>& names) {
   readyHosts.clear();
   std::set<std::string> finished;
-  const int code = forEachName(folder.path(), [&](const std::string& name) {
-    if (strangers.contains(name)) return;
+  for (const std::string& name : names) {
+    if (strangers.contains(name)) continue;
     if (name.starts_with(kReadyPrefix)) readyHosts.insert(name.substr(kReadyPrefix.size()));
     if (name.starts_with(kFinishedPrefix)) finished.insert(name.substr(kFinishedPrefix.size()));
-  });
+  }
   if (seen.publishedMs) {
     const std::int64_t published = *seen.publishedMs;
     std::erase_if(readyHosts, [&](const std::string& host) {
@@ -111,12 +104,6 @@ void RunWatch::readFolder() {
     std::erase_if(finished, [&](const std::string& host) {
       return isStranger(host, folder.finished(host), published);
     });
-  }
-  // Before the first client is armed there is no such folder.
-  if (code == ENOENT) {
-    trouble = problemOfShare(folder);
-  } else {
-    trouble = code == 0 ? "" : folder.path() + ": " + std::strerror(code);
   }
   for (const std::string& host : readyHosts) {
     WatchedClient& client = seen.clients[indexOf(host)];
@@ -130,7 +117,7 @@ void RunWatch::readFolder() {
 
 // Files of clients that had gone before the run was published are those of an earlier one.
 bool RunWatch::isStranger(const std::string& host, const std::string& file, std::int64_t leastMs) {
-  if (indices.contains(host) || changedMs(file).value_or(0) >= leastMs) return false;
+  if (indices.contains(host) || modifiedMsOf(file).value_or(0) >= leastMs) return false;
   strangers.insert(file.substr(file.rfind('/') + 1));
   return true;
 }
@@ -149,11 +136,13 @@ bool RunWatch::isPlanWanting() const {
 }
 
 void RunWatch::readPlan() {
-  seen.publishedMs = changedMs(folder.settings());
+  seen.publishedMs = modifiedMsOf(folder.settings());
   if (!seen.publishedMs) return;
   // One host: what all of them come to is a matter of counting.
   plan = makePlan({{folder.settings()}, {"host"}, 0, {}}, std::cin);
-  seen.rowsPerClient = totalsOf(plan).rowsPerClient;
+  const DatedTables dated(plan);
+  seen.rowsPerClient = totalsOf(plan).rowsPerClient - dated.lostRowsPerClient();
+  seen.uncounted.assign(dated.lost().begin(), dated.lost().end());
   seen.awaited.clear();
   seen.markersPerClient = 0;
   for (const PlannedFile& file : plan.files) {
@@ -185,7 +174,7 @@ void RunWatch::takeNote(const PublishedNote& note) {
   if (note.phase == 1) clocks = note.clocks;
   for (const auto& [table, bytes] : note.tables) {
     // Of a table that is written to in several phases the first size counts.
-    rowsBefore.try_emplace(table.starts_with('/') ? table : folder.file(table), bytes);
+    tables.startBehind(table.starts_with('/') ? table : folder.file(table), bytes);
   }
 }
 
@@ -193,10 +182,10 @@ bool RunWatch::takesPart(const WatchedClient& client) const {
   if (invited.contains(client.host)) return true;
   const std::int64_t published = *seen.publishedMs;
   if (readyHosts.contains(client.host)) {
-    return changedMs(folder.ready(client.host)).value_or(0) >=
+    return modifiedMsOf(folder.ready(client.host)).value_or(0) >=
            published - kGoneSeconds * kMsOfSecond;
   }
-  return changedMs(folder.finished(client.host)).value_or(0) >= published;
+  return modifiedMsOf(folder.finished(client.host)).value_or(0) >= published;
 }
 
 void RunWatch::forgetOthers() {
@@ -209,45 +198,39 @@ void RunWatch::addTables() {
   clientsOfTables = seen.clients.size();
   plan.hosts.clear();
   for (const WatchedClient& client : seen.clients) plan.hosts.push_back(client.host);
-  for (std::string& table : tablesOf(plan)) {
-    if (!knownTables.insert(table).second) continue;
-    const auto before = rowsBefore.find(table);
-    tables.emplace_back(std::move(table), before == rowsBefore.end() ? 0 : before->second);
-  }
+  tables.add(plan, seen.publishedMs.value_or(0));
 }
 
 void RunWatch::readMarkers(const PlannedFile& file) {
   const std::string marker = markerOf(file, "");
   const std::string doneFolder = fs::path(marker).parent_path().string();
-  (void)forEachName(doneFolder, [&](const std::string& name) {
-    if (!name.starts_with(kDonePrefix)) return;
+  for (const std::string& name : folders.of(doneFolder).names) {
+    if (!name.starts_with(kDonePrefix)) continue;
     const std::string path = doneFolder + "/" + name;
     if (!freshMarkers.contains(path)) {
       // One of an earlier run may be written anew at any time: it is asked again.
-      const auto changed = changedMs(path);
-      if (!changed || *changed < *seen.publishedMs) return;
+      const auto changed = modifiedMsOf(path);
+      if (!changed || *changed < *seen.publishedMs) continue;
       freshMarkers.insert(path);
     }
     const auto known = indices.find(name.substr(kDonePrefix.size()));
     if (known != indices.end()) ++seen.clients[known->second].markers;
-  });
+  }
 }
 
 void RunWatch::readTouches(std::size_t most) {
   inTurn(seen.clients.size(), most, nextReady, [this](std::size_t i) {
     WatchedClient& client = seen.clients[i];
     if (!readyHosts.contains(client.host)) return;
-    client.touchedMs = changedMs(folder.ready(client.host));
+    client.touchedMs = modifiedMsOf(folder.ready(client.host));
     client.askedMs = seen.nowMs;
   });
 }
 
 void RunWatch::followTables(std::size_t most) {
-  inTurn(tables.size(), most, nextTable, [this](std::size_t i) {
-    TableFollower& table = tables[i];
-    table.follow([&](const RowCells& cells) { takeRow(cells, table.path()); });
-    if (table.rows() > 0) seen.lastRowMs = std::max(seen.lastRowMs.value_or(0), table.changedMs());
-  });
+  tables.follow(most, folders,
+                [this](const RowCells& cells, const std::string& table) { takeRow(cells, table); });
+  if (tables.lastRowMs() > 0) seen.lastRowMs = tables.lastRowMs();
 }
 
 void RunWatch::takeRow(const RowCells& cells, const std::string& table) {
@@ -258,18 +241,6 @@ void RunWatch::takeRow(const RowCells& cells, const std::string& table) {
   WatchedClient& client = seen.clients[known->second];
   ++client.rows;
   if (!client.firstRowSeenMs) client.firstRowSeenMs = seen.nowMs;
-}
-
-void RunWatch::readLocks(std::size_t most) {
-  // Those that are not asked this time are taken for free: locks are held for moments.
-  seen.locks.clear();
-  inTurn(tables.size(), most, nextLock, [this](std::size_t i) {
-    const std::string path = lockOf(tables[i].path());
-    const auto changed = changedMs(path);
-    if (!changed) return;
-    const std::int64_t age = std::max<std::int64_t>(seen.nowMs - *changed, 0);
-    seen.locks.push_back({tables[i].path(), path, age});
-  });
 }
 
 std::size_t RunWatch::indexOf(const std::string& host) {

@@ -11,12 +11,13 @@
 #include <vector>
 
 #include "marrowctl/fleet/control_folder.h"
+#include "marrowctl/fleet/folder_names.h"
 #include "marrowctl/fleet/published_note.h"
 #include "marrowctl/fleet/roll_call.h"
 #include "marrowctl/fleet/row_owners.h"
 #include "marrowctl/fleet/run_state.h"
+#include "marrowctl/fleet/run_tables.h"
 #include "marrowctl/fleet/share_clock.h"
-#include "marrowctl/fleet/table_follower.h"
 #include "marrowctl/plan/plan.h"
 
 namespace marrowbench::ctl {
@@ -46,6 +47,7 @@ class RunWatch {
   void lookAt(std::size_t mostFiles);
   void readClock();
   void readFolder();
+  void takeNames(const std::vector<std::string>& names);
   void readFinished(const std::string& host);
   [[nodiscard]] bool isStranger(const std::string& host, const std::string& file,
                                 std::int64_t leastMs);
@@ -59,7 +61,6 @@ class RunWatch {
   void readMarkers(const PlannedFile& file);
   void readTouches(std::size_t most);
   void followTables(std::size_t most);
-  void readLocks(std::size_t most);
   void takeRow(const RowCells& cells, const std::string& table);
   std::size_t indexOf(const std::string& host);
   void takeStock();
@@ -68,6 +69,7 @@ class RunWatch {
   const std::int64_t wantedClients;
   RunState seen;
   std::string trouble;
+  FolderListings folders;
   std::optional<ShareTime> share;
   std::int64_t clockReadMs = 0;
 
@@ -80,12 +82,10 @@ class RunWatch {
   Plan plan;
   RowOwners owners;
   ClockSpan clocks;
-  std::unordered_map<std::string, std::int64_t> rowsBefore;  // bytes of tables when it began
   std::unordered_set<std::string> freshMarkers;
-  std::vector<TableFollower> tables;
-  std::unordered_set<std::string> knownTables;
-  std::size_t clientsOfTables = 0;                         // for so many the tables are known
-  std::size_t nextTable = 0, nextReady = 0, nextLock = 0;  // where the next call goes on
+  RunTables tables;
+  std::size_t clientsOfTables = 0;  // for so many the tables are known
+  std::size_t nextReady = 0;        // where the next look goes on
 };
 
 }  // namespace marrowbench::ctl

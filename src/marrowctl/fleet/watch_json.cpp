@@ -81,6 +81,9 @@ std::string watchJson(const RunState& state) {
           ? std::optional(std::max<std::int64_t>(state.nowMs - *state.lastRowMs, 0) / kMsOfSecond)
           : std::nullopt;
   json.member("lastRowAgeSeconds", age).member("secondsLeft", secondsLeft(state));
+  json.key("uncountedTables").beginArray();
+  for (const std::string& table : state.uncounted) json.value(table);
+  json.endArray();
   writeLocks(json, state);
   json.member("awaited", state.awaited.empty() ? std::nullopt : std::optional(state.awaited));
   writeHosts(json, state);

@@ -125,6 +125,8 @@ std::string rowsText(const RunState& state) {
       fmt::format("{} of {}", shownCount(state.rows), shownCount(state.expectedRows()));
   const auto left = secondsLeft(state);
   if (left && *left > 0) text += ", about " + shownDuration(*left) + " left";
+  for (const std::string& table : state.uncounted)
+    text += fmt::format(", none of {} is counted", printable(table));
   return text;
 }
 

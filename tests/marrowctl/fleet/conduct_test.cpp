@@ -9,6 +9,7 @@
 
 #include "fakes/fake_clock.h"
 #include "helpers/temp_folder.h"
+#include "marrowctl/fleet/finished_note.h"
 #include "marrowctl/fleet/published_note.h"
 #include "marrowctl/fleet/ready_note.h"
 
@@ -103,6 +104,39 @@ TEST_F(ConductTest, MoreClientsThanALookAsksAreNotMissing) {
   const ConductOutcome outcome = conduct(options, listener);
   EXPECT_EQ(outcome.status, 0) << outcome.problem << outcome.reasons.size();
   EXPECT_EQ(phasesDone, 2U);
+}
+
+TEST_F(ConductTest, AMarkerMayBeSeenLaterThanTheEndOfItsClient) {
+  addPhases(1);
+  arm(2);
+  everySecond = [this](int second) {
+    if (second == 2) {
+      mark("c0", 1);
+      for (const std::string& host : hosts) {
+        addRow("res_" + host + ".csv", host + "_0.bin");
+        std::filesystem::remove(folder.ready(host));
+        ASSERT_EQ(writeFinishedNote(folder, {host, "run", "", 0, ""}), 0);
+      }
+    }
+    if (second == 7) mark("c1", 1);
+  };
+  const ConductOutcome outcome = conduct(options, listener);
+  EXPECT_EQ(outcome.status, 0) << outcome.problem;
+}
+
+TEST_F(ConductTest, AClientThatEndedWithoutItsMarkerStopsItInTheEnd) {
+  addPhases(2);
+  arm(2);
+  everySecond = [this](int second) {
+    if (second != 2) return;
+    std::filesystem::remove(folder.ready("c1"));
+    ASSERT_EQ(writeFinishedNote(folder, {"c1", "run", "", 1, "why"}), 0);
+  };
+  const ConductOutcome outcome = conduct(options, listener);
+  EXPECT_EQ(outcome.status, 1);
+  ASSERT_FALSE(outcome.reasons.empty());
+  EXPECT_EQ(outcome.reasons.front(), "missing: c1: it has ended before its last marker: why");
+  EXPECT_FALSE(std::filesystem::exists(folder.settings(2)));
 }
 
 // Else one that comes later to watch would take the rows of the first phase for an earlier run's.

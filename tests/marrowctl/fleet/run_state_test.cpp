@@ -73,6 +73,14 @@ TEST(JudgeClients, TheAgeOfAReadyFileIsThatWhenItWasAsked) {
   EXPECT_EQ(stateOf(state), ClientState::missing);
 }
 
+TEST(Watching, SaysWhoseRowsAreNotCounted) {
+  RunState state = stateAt(10, 1);
+  state.uncounted = {"/share/[date]/res.csv"};
+  EXPECT_NE(watchLine(state).find("rows 0 of 2, none of /share/[date]/res.csv is counted"),
+            std::string::npos)
+      << watchLine(state);
+}
+
 TEST(JudgeClients, OnesWhoseMinuteHasBegunAreRunning) {
   RunState state = stateAt(0, 1);
   EXPECT_EQ(stateOf(state), ClientState::running);

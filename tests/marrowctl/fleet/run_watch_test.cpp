@@ -171,6 +171,49 @@ TEST_F(RunWatchTest, OfManyReadyFilesThoseThatAreStillToBeAskedCount) {
   EXPECT_TRUE(client(watch, "c449").touchedMs);
 }
 
+TEST_F(RunWatchTest, FindsTablesByNamesWithDates) {
+  publish(line("data/[host]_[iter].bin", "res_[host]_[date].csv"));
+  arm("c1");
+  arm("c2");
+  addRow("res_c1_1116_02210.csv", folder.file("data/c1_0.bin"));
+  test::setModified(folder.file("res_c1_1116_02210.csv").c_str(), kPublished - 1);
+  RunWatch watch(folder, {});
+  watch.look();
+  EXPECT_EQ(watch.state().rows, 0) << "of an earlier run";
+  EXPECT_EQ(watch.state().rowsPerClient, 2);
+  addRow("res_c1_1116_02213.csv", folder.file("data/c1_0.bin"));
+  addRow("res_c1_1116_02214.csv", folder.file("data/c1_1.bin"));
+  addRow("res_c2_1116_02213.csv", folder.file("data/c2_0.bin"));
+  addRow("res_c2_11.csv", folder.file("data/c2_1.bin"));
+  addRow("res_c1_1116_02210.csv", folder.file("data/c1_0.bin"));
+  watch.look();
+  EXPECT_EQ(client(watch, "c1").rows, 3);
+  EXPECT_EQ(client(watch, "c2").rows, 1);
+  EXPECT_TRUE(watch.state().uncounted.empty());
+  watch.look();
+  EXPECT_EQ(watch.state().rows, 4) << "each row once";
+}
+
+TEST_F(RunWatchTest, LocksOfTablesWithDatesAreNoTables) {
+  publish(line("[host]_[iter].bin", "res_[date]"));
+  arm("c1");
+  RunWatch watch(folder, {});
+  watch.look();
+  addRow("res_1116_02213", folder.file("c1_0.bin"));
+  addRow("res_1116_02213_lock.txt", folder.file("c1_0.bin"));
+  watch.look();
+  EXPECT_EQ(watch.state().rows, 1);
+}
+
+TEST_F(RunWatchTest, TablesInFoldersWithDatesAreNotExpected) {
+  publish(line("[host]_[iter].bin", "[date]/res.csv") + line("[host].bin", "res.csv"));
+  arm("c1");
+  RunWatch watch(folder, {});
+  watch.look();
+  EXPECT_EQ(watch.state().rowsPerClient, 2);
+  EXPECT_EQ(watch.state().uncounted, std::vector<std::string>{folder.file("[date]/res.csv")});
+}
+
 TEST_F(RunWatchTest, SaysWhereRowsDoNotTellTheirClient) {
   publish(line("x[iter].bin", "res.csv"));
   arm("c1");
