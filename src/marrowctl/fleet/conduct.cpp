@@ -47,7 +47,7 @@ class Conductor {
       // What the phases before it have written is there now.
       const PublishOptions each = optionsOf(phase, options.leftoversMayStay || phase > 1);
       PublishOutcome outcome = publish(each, listener.publishing(each));
-      if (outcome.status != done) return notPublished(std::move(outcome));
+      if (outcome.status != done) return notFollowed(phase, notPublished(std::move(outcome)));
       writtenTables.insert(outcome.tables.begin(), outcome.tables.end());
       if (ConductOutcome end = waitForEnd(phase); end.status != done) return end;
       listener.phaseDone(static_cast<std::size_t>(phase));
@@ -131,9 +131,10 @@ class Conductor {
       }
       const RunState& state = watch.state();
       listener.looked(state);
-      if (!watch.problem().empty()) return {notDone, watch.problem(), {}};
-      if (isOverWith(phase, state)) return {};
-      looksLeft = mayEnd(phase, state) ? kLastLooks : looksLeft - 1;
+      if (!watch.problem().empty()) return notFollowed(phase + 1, {notDone, watch.problem(), {}});
+      const bool isSeen = state.trouble.empty();
+      if (isSeen && isOverWith(phase, state)) return {};
+      if (isSeen) looksLeft = mayEnd(phase, state) ? kLastLooks : looksLeft - 1;
       if (looksLeft == 0 || isLastLook) return stopped(phase, state);
       if (const int signal = sleepFor(pace.pauseMs(), interruption); signal != 0)
         return {kSignalBase + signal, "", {}};
@@ -161,6 +162,16 @@ class Conductor {
     std::int64_t now = 0;
     nowMs(now);
     return options.timeoutSeconds && now - start >= *options.timeoutSeconds * kMsOfSecond;
+  }
+
+  // What becomes of the clients when this phase does not follow.
+  [[nodiscard]] ConductOutcome notFollowed(int phase, ConductOutcome outcome) const {
+    if (phase > 1 && phase <= phases()) {
+      outcome.reasons.push_back(fmt::format(
+          "phase {} is not published: the clients wait for {} until they are ended, or give up",
+          phase, options.folder.settings(phase)));
+    }
+    return outcome;
   }
 
   [[nodiscard]] ConductOutcome stopped(int phase, const RunState& state) const {

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "marrowctl/fleet/share_clock.h"
+#include "marrowctl/fleet/share_trouble.h"
 #include "marrowctl/support/exit_status.h"
 #include "marrowctl/support/interruption.h"
 #include "support/clock.h"
@@ -48,14 +49,16 @@ class Mustering {
       // Asked first, so that clients which it has armed last are seen.
       noteEnd();
       Roll roll;
-      if (const int code = callRoll(options.recipe.folder, share, roll); code != 0)
-        return {notDone, {options.recipe.folder.path() + ": " + std::strerror(code)}, 0};
-      looked({roll.ready.size(), (now() - startMs) / kMsPerSecond, !endMs});
+      const int code = callRoll(options.recipe.folder, share, roll);
+      const std::string failure =
+          code == 0 ? "" : options.recipe.folder.path() + ": " + std::strerror(code);
+      if (code == 0) ready = roll.ready.size();
+      if (trouble.isLasting(code)) return {notDone, {failure}, ready};
+      looked({ready, (now() - startMs) / kMsPerSecond, !endMs, failure});
       std::vector<std::string> missing = absences(roll, options.wanted);
-      if (missing.empty()) return {done, {}, roll.ready.size()};
-      if (isTimeUp()) return {answerIsNo, std::move(missing), roll.ready.size()};
-      if (const int signal = pause(); signal != 0)
-        return {kSignalBase + signal, {}, roll.ready.size()};
+      if (code == 0 && missing.empty()) return {done, {}, ready};
+      if (code == 0 && isTimeUp()) return {answerIsNo, std::move(missing), ready};
+      if (const int signal = pause(); signal != 0) return {kSignalBase + signal, {}, ready};
     }
   }
 
@@ -82,6 +85,8 @@ class Mustering {
   const Interruption interruption;
   std::optional<std::int64_t> endMs;  // when the engine was seen to have ended
   std::int64_t patience = 0;          // seconds behind that
+  ShareTrouble trouble;
+  std::size_t ready = 0;  // clients that were, when the folder was read last
 };
 
 }  // namespace

@@ -31,6 +31,7 @@ struct MusterLook {
   std::size_t ready = 0;     ///< clients that are
   std::int64_t seconds = 0;  ///< since the engine was started
   bool engineRuns = false;
+  std::string problem{};  ///< why the clients can't be seen now; empty: they can
 };
 
 /// Has an engine arm all clients, and waits until each of them has its ready file, or until it is

@@ -180,6 +180,7 @@ std::optional<std::int64_t> secondsLeft(const RunState& state) {
 
 std::vector<std::string> lacks(const RunState& state) {
   std::vector<std::string> sentences;
+  if (!state.trouble.empty()) sentences.push_back("nothing can be seen: " + state.trouble);
   if (!state.publishedMs) {
     sentences.emplace_back("nothing has been published for this run yet");
     return sentences;

@@ -60,6 +60,7 @@ struct RunState {
   std::optional<std::int64_t> lastRowMs;
   std::vector<std::string> uncounted;  ///< templates of tables whose rows can't be followed
   std::vector<WatchedLock> locks;
+  std::string trouble;  ///< why nothing could be seen at the last look; empty: it could
   std::string
       awaited;  ///< the settings file of the next phase, which is not there yet; empty: none
 

@@ -51,7 +51,7 @@ RunWatch::RunWatch(ControlFolder runFolder, const Wanted& wanted)
 void RunWatch::lookAt(std::size_t mostFiles) {
   folders.forget();
   readClock();
-  readFolder();
+  if (!readFolder()) return;
   if (isPlanWanting()) readPlan();
   if (clientsOfTables != seen.clients.size()) addTables();
   for (WatchedClient& client : seen.clients) client.markers = 0;
@@ -70,22 +70,29 @@ void RunWatch::readClock() {
   nowMs(now);
   if (!share || now - clockReadMs >= kClockEveryMs || now < clockReadMs) {
     ClockReading reading{now, now, true};
-    (void)readShareClock(folder.control, reading);
-    share.emplace(reading);
+    const int code = readShareClock(folder.control, reading);
+    // What was read before is better than nothing.
+    if (code == 0 || !share) share.emplace(reading);
     clockReadMs = now;
   }
   seen.nowMs = share->nowMs();
 }
 
-void RunWatch::readFolder() {
+// False: nothing can be seen now. What was seen before stays.
+bool RunWatch::readFolder() {
   const FolderListing& listing = folders.of(folder.path());
+  std::string problem;
   // Before the first client is armed there is no such folder.
   if (listing.code == ENOENT) {
-    trouble = problemOfShare(folder);
-  } else {
-    trouble = listing.code == 0 ? "" : folder.path() + ": " + std::strerror(listing.code);
+    problem = problemOfShare(folder);
+  } else if (listing.code != 0) {
+    problem = folder.path() + ": " + std::strerror(listing.code);
   }
-  takeNames(listing.names);
+  const bool isLasting = shareTrouble.isLasting(problem.empty() ? 0 : listing.code);
+  trouble = isLasting ? problem : "";
+  seen.trouble = problem;
+  if (problem.empty()) takeNames(listing.names);
+  return problem.empty();
 }
 
 void RunWatch::takeNames(const std::vector<std::string>& names) {

@@ -18,6 +18,7 @@
 #include "marrowctl/fleet/run_state.h"
 #include "marrowctl/fleet/run_tables.h"
 #include "marrowctl/fleet/share_clock.h"
+#include "marrowctl/fleet/share_trouble.h"
 #include "marrowctl/plan/plan.h"
 
 namespace marrowbench::ctl {
@@ -38,7 +39,8 @@ class RunWatch {
 
   [[nodiscard]] const RunState& state() const { return seen; }
 
-  /// Why nothing can be seen at all; empty: it can.
+  /// Why nothing can be seen at all, and no longer will be; empty: it can, or what hinders it may
+  /// pass, and the state tells it.
   [[nodiscard]] const std::string& problem() const { return trouble; }
 
  private:
@@ -46,7 +48,7 @@ class RunWatch {
 
   void lookAt(std::size_t mostFiles);
   void readClock();
-  void readFolder();
+  [[nodiscard]] bool readFolder();
   void takeNames(const std::vector<std::string>& names);
   void readFinished(const std::string& host);
   [[nodiscard]] bool isStranger(const std::string& host, const std::string& file,
@@ -69,6 +71,7 @@ class RunWatch {
   const std::int64_t wantedClients;
   RunState seen;
   std::string trouble;
+  ShareTrouble shareTrouble;
   FolderListings folders;
   std::optional<ShareTime> share;
   std::int64_t clockReadMs = 0;

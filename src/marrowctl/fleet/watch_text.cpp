@@ -74,6 +74,7 @@ std::string labelled(const char* label, const std::string& text) {
 }
 
 std::string what(const RunState& state) {
+  if (!state.trouble.empty()) return "can't be seen: " + printable(state.trouble);
   if (!state.publishedMs) return "waits for its settings file";
   const std::int64_t toStart = state.startMs.value_or(0) - state.nowMs;
   if (state.rows == 0 && toStart > 0)

@@ -146,6 +146,7 @@ class FleetRun {
     const MusterOutcome found = muster(mustering, engine, [&](const MusterLook& look) {
       if (!line.isDue() && look.ready == last) return;
       last = look.ready;
+      if (!look.problem.empty()) return line.show("can't be seen: " + printable(look.problem));
       line.show(fmt::format(
           "{} of {} ready after {}, {} {}", shownCount(static_cast<std::int64_t>(look.ready)),
           shownCount(static_cast<std::int64_t>(recipe.hosts.size()), "client"),

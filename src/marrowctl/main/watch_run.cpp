@@ -50,7 +50,7 @@ class Watching {
       }
       if (!watch.problem().empty()) return notDone;
       const RunState& state = watch.state();
-      if (isOver(state)) --looksLeft;
+      if (state.trouble.empty()) looksLeft = isOver(state) ? looksLeft - 1 : kLastLooks;
       const bool isEnd = isComplete(state) || isTimeUp || looksLeft == 0;
       display.show(state, isEnd);
       if (isEnd) return isComplete(state) ? done : answerIsNo;

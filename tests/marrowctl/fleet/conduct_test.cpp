@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
@@ -32,7 +33,7 @@ class ConductTest : public testing::Test {
       quiet.published = [](std::int64_t, const StartWindow&) {};
       return quiet;
     };
-    listener.looked = [](const RunState&) {};
+    listener.looked = [this](const RunState& state) { told.push_back(state.trouble); };
     listener.phaseDone = [this](std::size_t phase) { phasesDone = phase; };
     fakeClock().duringSleep = [this] {
       // Ten in a second.
@@ -90,6 +91,7 @@ class ConductTest : public testing::Test {
   ConductListener listener;
   std::vector<std::string> hosts;
   std::function<void(int second)> everySecond;
+  std::vector<std::string> told;  // what hindered the looks
   std::size_t phasesDone = 0;
   int sleeps = 0;
 };
@@ -159,6 +161,42 @@ TEST_F(ConductTest, NotesOfLaterPhasesKnowTablesOfThisRun) {
   ASSERT_TRUE(note);
   EXPECT_EQ(note->phase, 2);
   EXPECT_TRUE(note->tables.empty()) << note->tables.begin()->first;
+}
+
+TEST_F(ConductTest, AShareThatCannotBeReadForAWhileStopsNothing) {
+  addPhases(1);
+  arm(2);
+  const std::string aside = temporary.path() + "/aside";
+  everySecond = [&](int second) {
+    if (second == 2) {
+      std::filesystem::rename(folder.path(), aside);
+      test::writeFile(folder.path().c_str(), "no folder");
+    }
+    if (second != 50) return;
+    std::filesystem::remove(folder.path());
+    std::filesystem::rename(aside, folder.path());
+    runPhases();
+  };
+  const ConductOutcome outcome = conduct(options, listener);
+  EXPECT_EQ(outcome.status, 0) << outcome.problem;
+  EXPECT_NE(std::find(told.begin(), told.end(), folder.path() + ": Not a directory"), told.end());
+}
+
+TEST_F(ConductTest, AShareThatCannotBeReadForAMinuteStopsIt) {
+  addPhases(2);
+  arm(2);
+  everySecond = [this](int second) {
+    if (second != 2) return;
+    std::filesystem::rename(folder.path(), temporary.path() + "/aside");
+    test::writeFile(folder.path().c_str(), "no folder");
+  };
+  const ConductOutcome outcome = conduct(options, listener);
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.problem, folder.path() + ": Not a directory");
+  EXPECT_GE(sleeps, 600);
+  ASSERT_EQ(outcome.reasons.size(), 1U);
+  EXPECT_EQ(outcome.reasons.front(), "phase 2 is not published: the clients wait for " +
+                                         folder.settings(2) + " until they are ended, or give up");
 }
 
 }  // namespace

@@ -73,6 +73,14 @@ TEST(JudgeClients, TheAgeOfAReadyFileIsThatWhenItWasAsked) {
   EXPECT_EQ(stateOf(state), ClientState::missing);
 }
 
+TEST(Watching, SaysWhyNothingCanBeSeen) {
+  RunState state = stateAt(10, 1);
+  EXPECT_EQ(watchLine(state).find("can't be seen"), std::string::npos);
+  state.trouble = "/share: Stale file handle";
+  EXPECT_NE(watchLine(state).find("can't be seen: /share: Stale file handle"), std::string::npos);
+  EXPECT_EQ(lacks(state).front(), "nothing can be seen: /share: Stale file handle");
+}
+
 TEST(Watching, SaysWhoseRowsAreNotCounted) {
   RunState state = stateAt(10, 1);
   state.uncounted = {"/share/[date]/res.csv"};

@@ -214,6 +214,27 @@ TEST_F(RunWatchTest, TablesInFoldersWithDatesAreNotExpected) {
   EXPECT_EQ(watch.state().uncounted, std::vector<std::string>{folder.file("[date]/res.csv")});
 }
 
+TEST_F(RunWatchTest, AShareThatCannotBeReadShowsWhatWasSeenLast) {
+  publish(line("[host].bin", "res.csv"));
+  arm("c1");
+  RunWatch watch(folder, {});
+  watch.look();
+  const std::string aside = temporary.path() + "/aside";
+  std::filesystem::rename(folder.path(), aside);
+  test::writeFile(folder.path().c_str(), "");
+  watch.look();
+  EXPECT_EQ(watch.problem(), "");
+  EXPECT_EQ(watch.state().trouble, folder.path() + ": Not a directory");
+  EXPECT_EQ(client(watch, "c1").state, ClientState::running);
+  test::fakeClock().now += 60'000'000;
+  watch.look();
+  EXPECT_EQ(watch.problem(), folder.path() + ": Not a directory");
+  std::filesystem::remove(folder.path());
+  std::filesystem::rename(aside, folder.path());
+  watch.look();
+  EXPECT_EQ(watch.problem() + watch.state().trouble, "");
+}
+
 TEST_F(RunWatchTest, SaysWhereRowsDoNotTellTheirClient) {
   publish(line("x[iter].bin", "res.csv"));
   arm("c1");
