@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "marrowctl/fleet/leftovers.h"
 #include "marrowctl/table/settings_lines.h"
 
 namespace marrowbench::ctl {
@@ -25,9 +24,7 @@ DatedTables::DatedTables(const Plan& plan) {
 }
 
 bool DatedTables::isTable(const std::string& name) const {
-  // A template that ends with the date fits the table's lock as well.
-  return !name.ends_with(lockOf("")) &&
-         std::any_of(templates.begin(), templates.end(),
+  return std::any_of(templates.begin(), templates.end(),
                      [&name](const PathTemplate& each) { return each.matchName(name); });
 }
 
