@@ -62,7 +62,8 @@ std::string RecipeProcess::start(Engine engine, const RecipeOptions& options) {
   std::vector<std::string> words = commandFor(engine, file, options.hosts.size());
   const std::string program = words.front();
   words.erase(words.begin());
-  // A shell does not hand on the signal that ends it, and engines have many processes.
+  // In a session of its own: a shell does not hand on the signal that ends it, and engines have
+  // many processes. One that would ask for a password fails, where the terminal would stop it.
   if (const int code = process.start({program, words, printed, true}); code != 0)
     return program + ": " + std::strerror(code);
   if (const int code = guard.emplace().start(-process.id()); code != 0)

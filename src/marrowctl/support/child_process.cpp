@@ -41,10 +41,7 @@ class Attributes {
   Attributes& operator=(const Attributes&) = delete;
   ~Attributes() { (void)posix_spawnattr_destroy(&all); }
 
-  int leadGroup() {
-    const int code = posix_spawnattr_setpgroup(&all, 0);
-    return code != 0 ? code : posix_spawnattr_setflags(&all, POSIX_SPAWN_SETPGROUP);
-  }
+  int leadSession() { return posix_spawnattr_setflags(&all, POSIX_SPAWN_SETSID); }
 
   posix_spawnattr_t all{};
 };
@@ -63,9 +60,9 @@ int ChildProcess::start(const ChildCommand& command) {
   int code = files.readNothing();
   if (code == 0) code = files.writeTo(command.output);
   Attributes attributes;
-  if (code == 0 && command.hasOwnGroup) code = attributes.leadGroup();
+  if (code == 0 && command.hasOwnSession) code = attributes.leadSession();
   if (code != 0) return code;
-  hasOwnGroup = command.hasOwnGroup;
+  hasOwnSession = command.hasOwnSession;
   code = posix_spawnp(&process, command.program.c_str(), &files.actions, &attributes.all,
                       words.data(), environ);
   if (code != 0) process = 0;
@@ -85,7 +82,7 @@ std::optional<ChildEnd> ChildProcess::end() {
 }
 
 void ChildProcess::send(int signal) {
-  if (process != 0 && !end()) (void)kill(hasOwnGroup ? -process : process, signal);
+  if (process != 0 && !end()) (void)kill(hasOwnSession ? -process : process, signal);
 }
 
 }  // namespace marrowbench::ctl

@@ -14,9 +14,9 @@ namespace marrowbench::ctl {
 struct ChildCommand {
   std::string program;                 ///< a path, or a name without "/" that is looked for in PATH
   std::vector<std::string> arguments;  ///< behind the program's name
-  int output = -1;           ///< open file that gets its standard output and standard error
-  bool hasOwnGroup = false;  ///< with what it starts itself: signals are sent to all of them, but
-                             ///< none by a terminal
+  int output = -1;  ///< open file that gets its standard output and standard error
+  /// It has no terminal then, and what it starts itself belongs to it: signals are sent to all.
+  bool hasOwnSession = false;
 };
 
 /// How a process ended: by itself, or by a signal.
@@ -26,7 +26,8 @@ struct ChildEnd {
 };
 
 /// Another program, started beside this one. It reads nothing, and belongs to the group of
-/// processes of this one, unless it is to have its own: what a terminal sends, it sends to both.
+/// processes of this one, unless it has a session of its own: what a terminal sends, it sends to
+/// both.
 class ChildProcess {
  public:
   ChildProcess() = default;
@@ -41,7 +42,7 @@ class ChildProcess {
   /// How it ended; nothing while it runs. Does not wait.
   [[nodiscard]] std::optional<ChildEnd> end();
 
-  /// Passes a signal on to it, or to its own group; does nothing when it has ended.
+  /// Passes a signal on to it, or to all of its session; does nothing when it has ended.
   void send(int signal);
 
   /// 0 before it is started.
@@ -49,7 +50,7 @@ class ChildProcess {
 
  private:
   pid_t process = 0;
-  bool hasOwnGroup = false;
+  bool hasOwnSession = false;
   std::optional<ChildEnd> ended;
 };
 

@@ -82,7 +82,7 @@ std::optional<std::string> readFrom(int pipeEnd) {
   return std::string(text, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
 }
 
-TEST(ChildProcess, ASignalReachesAllOfItsOwnGroup) {
+TEST(ChildProcess, ASignalReachesAllOfItsOwnSession) {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
   for (const int end : ends) (void)fcntl(end, F_SETFD, FD_CLOEXEC);
@@ -90,6 +90,7 @@ TEST(ChildProcess, ASignalReachesAllOfItsOwnGroup) {
   ASSERT_EQ(child.start({"sh", {"-c", "sleep 600 & echo it runs; wait"}, ends[1], true}), 0);
   (void)close(ends[1]);
   EXPECT_EQ(getpgid(child.id()), child.id());
+  EXPECT_EQ(getsid(child.id()), child.id()) << "a terminal would stop it when it asks something";
   EXPECT_EQ(readFrom(ends[0]), "it runs\n");
   child.send(SIGTERM);
   EXPECT_EQ(endOf(child).signal, SIGTERM);
