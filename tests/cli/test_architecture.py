@@ -138,7 +138,7 @@ def system_headers(path):
 
 
 def foreign_headers():
-    known = {"cpuid.h", "fcntl.h", "glob.h", "unistd.h", "immintrin.h", "poll.h", "spawn.h", "sys/ioctl.h", "sys/mman.h",
+    known = {"cpuid.h", "emmintrin.h", "fcntl.h", "glob.h", "unistd.h", "immintrin.h", "poll.h", "spawn.h", "sys/ioctl.h", "sys/mman.h",
              "sys/stat.h", "sys/statvfs.h", "sys/time.h", "sys/types.h", "sys/utsname.h", "sys/wait.h"}
     return [(name_of(path), header) for path in files() for header in system_headers(path)
             if header not in known]

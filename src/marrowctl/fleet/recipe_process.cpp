@@ -42,10 +42,13 @@ RecipeProcess::~RecipeProcess() {
   if (printed >= 0) (void)close(printed);
 }
 
-// As soon as nobody reads it: a program that is killed later leaves none.
 std::optional<ChildEnd> RecipeProcess::end() {
   const std::optional<ChildEnd> ended = process.end();
-  if (ended) removeFile();
+  if (!ended) return std::nullopt;
+  // Its number may become another group's.
+  guard.reset();
+  // As soon as nobody reads it: a program that is killed later leaves none.
+  removeFile();
   return ended;
 }
 
@@ -82,13 +85,6 @@ std::string RecipeProcess::lastLines() const {
   // Where it does not begin at the front, the first line has none.
   if (begin > 0) text.erase(0, text.find('\n') + 1);
   return text;
-}
-
-std::optional<ChildEnd> RecipeProcess::end() {
-  const std::optional<ChildEnd> end = process.end();
-  // Its number may become another group's.
-  if (end) guard.reset();
-  return end;
 }
 
 int RecipeProcess::write(const std::string& text) {
