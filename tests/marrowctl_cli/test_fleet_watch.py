@@ -338,6 +338,25 @@ def test_tables_with_the_date_in_their_names_are_counted(fleet):
     assert client.wait(timeout=60) == 0
 
 
+def test_a_share_that_cannot_be_read_for_a_while_is_shown_and_ends_nothing(fleet):
+    pretend_ready(fleet, "c1")
+    watching = fleet.start("watch", "--timeout", "5m")
+    watching.stdout.readline()
+    aside = fleet.control / "aside"
+    fleet.folder.rename(aside)
+    fleet.folder.write_text("no folder")
+    told = f"monday can't be seen: {fleet.folder}: Not a directory: "
+    while told not in (line := watching.stdout.readline()):
+        assert line, watching.stderr.read()
+    fleet.folder.unlink()
+    aside.rename(fleet.folder)
+    put(fleet, settings_line())
+    add_rows(fleet, "c1")
+    mark(fleet, "c1")
+    out, err = watching.communicate(timeout=120)
+    assert (watching.returncode, err) == (0, ""), out
+
+
 def test_it_changes_nothing(fleet):
     pretend_ready(fleet, "c1")
     put(fleet, settings_line())

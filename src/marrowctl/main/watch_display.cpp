@@ -9,7 +9,7 @@ constexpr std::int64_t kLineSeconds = 10;
 
 // What is worth a line at once. Clients get ready and done one after the other, thousands of them.
 std::string changeOf(const RunState& state) {
-  std::string text = state.publishedMs ? "published" : "";
+  std::string text = state.trouble + (state.publishedMs ? "published" : "");
   for (const ClientState each : {ClientState::late, ClientState::missing})
     text += " " + std::to_string(state.count(each));
   return text + (isComplete(state) ? " complete" : "");
