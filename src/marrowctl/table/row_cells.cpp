@@ -28,7 +28,10 @@ unsigned twoDigits(const char* at) {
 
 std::string shown(std::string_view cell) {
   const bool isLong = cell.size() > kShownOfCell;
-  return "\"" + printable(cell.substr(0, kShownOfCell)) + (isLong ? "...\"" : "\"");
+  std::string text = "\"";
+  text += printable(cell.substr(0, kShownOfCell));
+  text += isLong ? "...\"" : "\"";
+  return text;
 }
 
 bool isHeader(std::string_view text) {
