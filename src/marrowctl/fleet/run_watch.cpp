@@ -211,9 +211,10 @@ void RunWatch::addTables() {
 void RunWatch::readMarkers(const PlannedFile& file) {
   const std::string marker = markerOf(file, "");
   const std::string doneFolder = fs::path(marker).parent_path().string();
+  const std::string front = doneFolder + "/";
   for (const std::string& name : folders.of(doneFolder).names) {
     if (!name.starts_with(kDonePrefix)) continue;
-    const std::string path = doneFolder + "/" + name;
+    const std::string path = front + name;
     if (!freshMarkers.contains(path)) {
       // One of an earlier run may be written anew at any time: it is asked again.
       const auto changed = modifiedMsOf(path);
