@@ -7,7 +7,8 @@ export PATH=/usr/sbin:/usr/bin:/sbin:/bin
 mount -t proc proc /proc
 mount -t sysfs sys /sys
 [ -d /dev/shm ] || mkdir /dev/shm
-for folder in /run /var/log /var/tmp /dev/shm; do mount -t tmpfs tmpfs $folder; done
+for folder in /run /var/log /var/tmp /dev/shm /tmp; do mount -t tmpfs tmpfs $folder; done
+mkdir -p "$LAB"
 mount -t hostfs none "$LAB" -o "$LAB"
 
 # The program asks for 1 GiB, of which it touches what it needs; the guest has less.
