@@ -44,10 +44,10 @@ def masked(text):
 def table_rows(text):
     """The cells of a table's rows by column; its header and line ends are checked."""
     lines = text.split("\n")
-    assert lines[0] == HEADER
-    assert lines[-1] == "" and lines[-2] == "", "every append ends in an empty line"
+    assert lines[0] == HEADER, f"begins with {lines[0][:100]!r}"
+    assert lines[-1] == "" and lines[-2] == "", f"every append ends in an empty line, but it ends in {text[-50:]!r}"
     rows = [line for line in lines[1:] if line]
-    assert HEADER not in rows
+    assert HEADER not in rows, "has a second header"
     assert len(lines) == 2 + 2 * len(rows), "one empty line after each append"
     names = HEADER.split(",")
     return [dict(zip(names, row.split(","))) for row in rows]
