@@ -36,7 +36,7 @@ def test_clients_that_looked_in_vain_start_in_the_same_minute(share, folder):
     wait_until(lambda: hosts_ready(run) == [client.name for client in clients]
                or any(job.status() is not None for job in jobs), 120)
     assert [job.printed() for job in jobs if job.status() is not None] == []
-    # Clients have some twenty seconds to see the file, where one that goes by what it remembers takes a minute.
+    # Clients have half a minute at most to see the file: less than their mounts may remember that it is not there.
     wait_until(lambda: 10 <= time.time() % 60 <= 20, 70)
     told = start(clients[0], "publish", "--now", "--hosts", HOSTS, settings).finish()
     watched = start(clients[0], "watch", "--hosts", HOSTS, "--timeout", "5m").finish(seconds=400)
