@@ -292,20 +292,28 @@ def test_a_signal_elsewhere_has_its_status(fleet):
         assert watching.returncode == 128 + number
 
 
+FOLDER_OPENED = re.compile(r'openat\(AT_FDCWD, "([^"]+)", [^)]*O_DIRECTORY')
+
+
+def opened_by_watch(fleet):
+    """What watch opens in four seconds, as strace tells it, and the seconds that it took."""
+    trace = fleet.control.parent / "trace"
+    before = time.monotonic()
+    subprocess.run(["strace", "-f", "-o", trace, "-e", "trace=openat", *COMMAND, "fleet", "watch", *fleet.place(),
+                    "--timeout", "4s"], capture_output=True, timeout=120)
+    return trace.read_text(), time.monotonic() - before
+
+
 @pytest.mark.skipif(bool(EMULATOR) or shutil.which("strace") is None, reason="needs strace")
 def test_each_folder_is_read_once_a_second_at_most(fleet):
     pretend_ready(fleet, *(f"c{number}" for number in range(100)))
     put(fleet, settings_line())
     mark(fleet, *(f"c{number}" for number in range(50)))
-    trace = fleet.control.parent / "trace"
-    before = time.monotonic()
-    subprocess.run(["strace", "-f", "-o", trace, "-e", "trace=openat", *COMMAND, "fleet", "watch", *fleet.place(),
-                    "--timeout", "4s"], capture_output=True, timeout=120)
-    seconds = time.monotonic() - before
-    opened = re.findall(r'openat\(AT_FDCWD, "([^"]+)", [^)]*O_DIRECTORY', trace.read_text())
+    opened, seconds = opened_by_watch(fleet)
+    folders = FOLDER_OPENED.findall(opened)
     for folder in (fleet.folder, fleet.folder / "_monday_log"):
         # One look at once, another one when the time is up.
-        assert 2 <= opened.count(str(folder)) <= seconds + 2
+        assert 2 <= folders.count(str(folder)) <= seconds + 2
 
 
 @pytest.mark.skipif(bool(EMULATOR) or shutil.which("strace") is None, reason="needs strace")
@@ -318,14 +326,10 @@ def test_what_clients_of_shares_remember_is_asked_again(fleet):
     put(fleet, settings_line(table=f"{tables}/[host]/res.csv") + settings_line(table=f"{tables}/results.csv"))
     mark(fleet, "c1")
     old(fleet.folder / "_monday_log/done__c1", 86_400)
-    trace = fleet.control.parent / "trace"
-    before = time.monotonic()
-    subprocess.run(["strace", "-f", "-o", trace, "-e", "trace=openat", *COMMAND, "fleet", "watch", *fleet.place(),
-                    "--timeout", "4s"], capture_output=True, timeout=120)
-    seconds = time.monotonic() - before
-    folders = re.findall(r'openat\(AT_FDCWD, "([^"]+)", [^)]*O_DIRECTORY', trace.read_text())
+    opened, seconds = opened_by_watch(fleet)
+    folders = FOLDER_OPENED.findall(opened)
     assert 2 <= folders.count(str(tables)) <= seconds + 2
-    assert f'"{fleet.folder}/_monday_log/done__c1"' in trace.read_text()
+    assert f'"{fleet.folder}/_monday_log/done__c1"' in opened
 
 
 def test_tables_with_the_date_in_their_names_are_counted(fleet):
