@@ -19,7 +19,7 @@ constexpr int kLockTimeoutMs = 10000;
 
 // A table as the share shows it.
 enum class TableKind {
-  missing,
+  missing,  // or made just now, and empty
   file,
   other,  // a pipe, a terminal, a folder, or the share does not tell
 };
@@ -39,6 +39,19 @@ Table lookAt(const FixedString& path) {
     if (errno == ENOENT) return {TableKind::missing};
   }
   return {};
+}
+
+// Makes the table unless it is there after all: an SMB client remembers for a second that a name
+// was missing, and asks the server when it is to open a file that it may have to create.
+Table createOrFind(const FixedString& path) {
+  const int table = open(path.c_str(), O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0666);
+  if (table < 0) return {TableKind::missing};
+  struct stat status {};
+  const bool isKnown = fstat(table, &status) == 0;
+  (void)close(table);
+  if (isKnown && !S_ISREG(status.st_mode)) return {};
+  if (!isKnown || status.st_size == 0) return {TableKind::missing};
+  return {TableKind::file, status.st_size};
 }
 
 // Whether nothing stands behind `offset` but the beginning of `text`; false where it can't be read.
@@ -93,11 +106,12 @@ bool leavesNoNameForTheLock(const FixedString& path) {
 TableAppend appendUnder(const ResultsLock& lock, const FixedString& path, const TextBuffer& header,
                         const TextBuffer& row) {
   // Under the lock: only one client finds no table and writes the header.
-  const Table before = lookAt(path);
+  Table before = lookAt(path);
+  if (lock.isLost()) return TableAppend::takenOver;
+  if (before.kind == TableKind::missing) before = createOrFind(path);
   TextBuffer text;
   if (before.kind == TableKind::missing) text = header;
   text.append(row);
-  if (lock.isLost()) return TableAppend::takenOver;
   return appendWhole(path, before, text, lock) ? TableAppend::written : TableAppend::failed;
 }
 

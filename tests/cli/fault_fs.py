@@ -10,6 +10,7 @@
               drop   writes that reach byte `at` are forgotten
               late   a file is not found for `length` milliseconds after it was made, and can be
                      made again
+              hidden a file is not found until this mount is asked to make it
               rename it fails with the errno `code`
               stay   folders can't be removed, with the errno `code`
               aged   files are `length` seconds older than they are
@@ -41,6 +42,7 @@ class FaultyFolder(Operations):
         self.at = int(values.get("at", 0))
         self.length = int(values.get("length", 0))
         self.pattern = values.get("name", "*.bin")
+        self.made = set()
 
     def inside(self, path):
         return self.folder + (path.lower() if self.fault == "case" else path)
@@ -87,6 +89,8 @@ class FaultyFolder(Operations):
             raise FuseOSError(failure.errno) from failure
         if handle is None and self.has("late", path) and time.time() - status.st_ctime < self.length / 1000:
             raise FuseOSError(errno.ENOENT)
+        if self.has("hidden", path) and path not in self.made:
+            raise FuseOSError(errno.ENOENT)
         return self.with_faulty_times(path, {name: getattr(status, name) for name in (
             "st_mode", "st_nlink", "st_size", "st_uid", "st_gid", "st_atime", "st_mtime", "st_ctime")})
 
@@ -112,6 +116,7 @@ class FaultyFolder(Operations):
         if self.has("none", path):
             time.sleep(self.length / 1000)
         self.take_time(path)
+        self.made.add(path)
         exclusive = os.O_EXCL if self.has("exact", path) else 0
         return os.open(self.inside(path), os.O_RDWR | os.O_CREAT | exclusive, mode)
 

@@ -7,7 +7,7 @@ import time
 
 import pytest
 
-from conftest import DATE, EMULATOR, SANITIZED, own_host_names, until_shown
+from conftest import DATE, EMULATOR, SANITIZED, own_host_names, table_rows, until_shown
 
 ALL = os.environ.get("MARROWBENCH_ALL") == "1"
 # An emulator makes each client several times as slow, and ten seconds for the lock stay ten seconds.
@@ -112,3 +112,13 @@ def test_host_name_in_the_results_path_gives_a_table_per_client(bench, fleet):
     fleet.printed()
     for number in range(3):
         assert len(bench.rows(f"res_client{number}.csv")) == 1
+
+
+def test_table_that_another_client_has_just_made_gets_no_second_header(bench, mounts):
+    shown = mounts.point("shown")
+    table = shown / "res.csv"
+    line = "posix;0;0;0;4;0;4;2;0;MEMORY;tiny.bin;log.txt;{};false\n"
+    bench.run(bench.settings(line.format(table)))
+    mount = mounts.faulty(shown, "hidden", "name=res.csv")
+    bench.run(bench.settings(line.format(mount / "res.csv")))
+    assert len(table_rows(table.read_text())) == 4

@@ -66,3 +66,20 @@ def test_waiting_clients_start_in_the_same_minute(share, folder):
     starts = {re.search(rf"({DATE}): ___", text).group(1)[:-3] for text in printed}
     assert len(starts) == 1
     check_table(share, folder, printed)
+
+
+def test_a_table_that_was_missing_a_moment_ago_gets_no_second_header(share, folder):
+    """Clients may remember for a second that a name was not there."""
+    looker, writer = share.clients(2)
+    other = folder.put("other.bst", SETTINGS.replace("res.csv", "other.csv"))
+    start_program(writer, other).finish()
+    settings = folder.put("table.bst", SETTINGS)
+    go = share.lab.folder / "go"
+    go.unlink(missing_ok=True)
+    look = f'until [ -e {folder.path}/res.csv -o -e {go} ]; do sleep 0.01; done; exec "$@"'
+    job = start_program(looker, settings, prefix=("sh", "-c", look, "sh"))
+    time.sleep(1)
+    (folder.on_server / "other.csv").rename(folder.on_server / "res.csv")
+    go.touch()
+    job.finish()
+    assert len(folder.rows()) == 2 * ITERATIONS

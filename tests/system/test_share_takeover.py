@@ -59,9 +59,8 @@ class Findings:
         self.faults += [f"{table.name}: {name} twice" for name in names if names[name] > 1]
         if len(names) + told != ALL:
             self.faults.append(f"{table.name}: {len(names)} rows kept, {told} told lost of {ALL}")
-        left = sorted(entry.name for entry in table.glob("res.csv_lock*"))
-        if left:
-            self.faults.append(f"{table.name}: {left} left behind")
+        self.faults += [f"{table.name}: {left.name} left behind: {left.read_text()[:100]!r}"
+                        for left in table.glob("res.csv_lock*")]
         self.rows += ALL
         self.kept += len(names)
         self.told += told
