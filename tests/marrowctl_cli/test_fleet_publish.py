@@ -103,7 +103,8 @@ def test_nobody_is_ready_for_another_run(fleet):
     done = other.run("publish", "--hosts", "c1", write(fleet, settings_line()))
     assert done.returncode == 1
     assert refusals(done) == ["no client is ready",
-                              'missing: c1. "marrowctl fleet arm" makes a machine ready']
+                              'missing: c1. "marrowctl fleet arm" makes a machine ready',
+                              f"{other.folder} does not exist: nobody was armed for such a run"]
 
 
 def test_a_client_that_was_killed_while_armed_is_named(fleet):

@@ -141,6 +141,14 @@ def test_tables_of_each_client_are_found(via):
     assert f"marrowctl report '{via.fleet.control}/other.1/res_*.csv' " in steps(done.stderr)[-1]
 
 
+def test_clients_whose_path_lacks_marrowctl_are_told_the_option(via):
+    (via.bin / "marrowctl").unlink()
+    done = via.run(*via.words("ssh", via.settings()))
+    assert done.returncode == 1
+    assert ("marrowctl run: marrowctl is not in the PATH that the clients have there: --marrowctl PATH says "
+            "where it is\n") in done.stderr
+
+
 def test_a_host_that_is_down_stops_it_before_publication(via):
     done = via.run(*via.words("ssh", via.settings()), STUB_DOWN="c2")
     assert (done.returncode, done.stdout) == (1, "")

@@ -62,4 +62,11 @@ int OpenFile::close() {
   return closing;
 }
 
+std::string textIn(const std::string& path) {
+  std::string text;
+  const OpenFile file(path, O_RDONLY);
+  if (file.isOpen() && file.read(text) != 0) text.clear();
+  return text;
+}
+
 }  // namespace marrowbench::ctl

@@ -36,6 +36,9 @@ class OpenFile {
   int number;
 };
 
+/// The first MiB of a file at most; empty where it can't be read.
+[[nodiscard]] std::string textIn(const std::string& path);
+
 }  // namespace marrowbench::ctl
 
 #endif

@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <map>
 #include <string>
+#include <system_error>
 #include <utility>
 
 #include "marrowctl/check/check.h"
@@ -219,6 +221,9 @@ Preparation prepareToPublish(const PublishOptions& options) {
   refuse(preparation, answerIsNo, std::move(sentences));
   if (options.isBeforeArming) return preparation;
   refuse(preparation, answerIsNo, absences(preparation.roll, options.wanted));
+  std::error_code unknown;
+  if (const std::string path = options.folder.path(); !std::filesystem::exists(path, unknown))
+    refuse(preparation, answerIsNo, {path + " does not exist: nobody was armed for such a run"});
   std::vector<std::string> clocks = wrongClocks(preparation.roll, preparation.rounding);
   if (!clocks.empty()) {
     clocks.emplace_back(

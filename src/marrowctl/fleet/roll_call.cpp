@@ -6,9 +6,11 @@
 #include <cerrno>
 #include <cstdlib>
 #include <iterator>
+#include <map>
 #include <set>
 
 #include "marrowctl/fleet/folder_names.h"
+#include "marrowctl/fleet/open_file.h"
 #include "marrowctl/fleet/ready_file.h"
 #include "marrowctl/report/completeness.h"
 #include "marrowctl/support/units.h"
@@ -50,6 +52,19 @@ std::vector<std::int64_t> offsetsOf(const Roll& roll) {
 
 std::string names(const std::vector<std::string>& hosts) { return shownNames(hosts, 20); }
 
+// Why clients that were armed are no more, those that ended for one reason together.
+void addEnded(const Roll& roll, const Wanted& wanted, std::vector<std::string>& sentences) {
+  const std::set<std::string> invited(wanted.hosts.begin(), wanted.hosts.end());
+  std::map<std::string, std::vector<std::string>> byReason;
+  for (const FinishedNote& note : roll.ended) {
+    if (!invited.empty() && !invited.contains(note.host)) continue;
+    byReason[note.message.empty() ? fmt::format("exit status {}", note.status) : note.message]
+        .push_back(note.host);
+  }
+  for (const auto& [reason, hosts] : byReason)
+    sentences.push_back(fmt::format("armed before, and ended: {}: {}", names(hosts), reason));
+}
+
 }  // namespace
 
 std::vector<std::string> Roll::readyHosts() const {
@@ -60,13 +75,21 @@ std::vector<std::string> Roll::readyHosts() const {
 }
 
 int callRoll(const ControlFolder& folder, const ShareTime& share, Roll& roll) {
-  std::set<std::string> files;
-  const int code = forEachName(folder.path(), [&files](const std::string& name) {
-    if (name.starts_with(kReadyPrefix)) files.insert(name);
+  std::set<std::string> present;
+  std::set<std::string> finished;
+  const int code = forEachName(folder.path(), [&](const std::string& name) {
+    if (name.starts_with(kReadyPrefix)) present.insert(name.substr(kReadyPrefix.size()));
+    if (name.starts_with(kFinishedPrefix)) finished.insert(name.substr(kFinishedPrefix.size()));
   });
   if (code != 0 && code != ENOENT) return code;
-  for (const std::string& name : files)
-    take(folder.file(name), name.substr(kReadyPrefix.size()), share, roll);
+  for (const std::string& host : present) take(folder.ready(host), host, share, roll);
+  for (const std::string& host : finished) {
+    if (present.contains(host)) continue;
+    if (auto note = finishedNoteFrom(textIn(folder.finished(host)))) {
+      note->host = host;
+      roll.ended.push_back(*std::move(note));
+    }
+  }
   return 0;
 }
 
@@ -100,6 +123,7 @@ std::vector<std::string> absences(const Roll& roll, const Wanted& wanted) {
         "{} is gone: nobody has touched its ready file for {} (process {}, armed at {})",
         client.host, shownDuration(client.ageMs / kMsOfSecond), client.note.pid, client.note.time));
   }
+  addEnded(roll, wanted, sentences);
   if (!roll.starting.empty()) {
     sentences.push_back(
         fmt::format("about to be ready, in a few seconds: {}", names(roll.starting)));

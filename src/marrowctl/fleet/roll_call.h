@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "marrowctl/fleet/control_folder.h"
+#include "marrowctl/fleet/finished_note.h"
 #include "marrowctl/fleet/ready_note.h"
 #include "marrowctl/fleet/share_clock.h"
 #include "marrowctl/fleet/start_window.h"
@@ -19,11 +20,12 @@ struct PresentClient {
   ReadyNote note;
 };
 
-/// Who has a ready file. All lists are in the order of their names.
+/// Who has a ready file, or had one. All lists are in the order of their names.
 struct Roll {
   std::vector<PresentClient> ready;
   std::vector<PresentClient> gone;    ///< the file was not touched for kGoneSeconds
   std::vector<std::string> starting;  ///< the file does not tell yet that the program runs
+  std::vector<FinishedNote> ended;    ///< were armed and are no more
   [[nodiscard]] std::vector<std::string> readyHosts() const;
 };
 

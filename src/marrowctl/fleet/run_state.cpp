@@ -37,6 +37,17 @@ bool hasAllMarkers(const RunState& state, const WatchedClient& client) {
           (state.rowsPerClient > 0 && client.rows >= state.rowsPerClient));
 }
 
+// Of those that are missing none will come.
+std::int64_t rowsToCome(const RunState& state) {
+  std::int64_t rows = state.expectedRows() - state.rows;
+  rows -= state.rowsPerClient * state.namelessClients;
+  for (const WatchedClient& client : state.clients) {
+    if (client.state == ClientState::missing)
+      rows -= std::max<std::int64_t>(state.rowsPerClient - client.rows, 0);
+  }
+  return std::max<std::int64_t>(rows, 0);
+}
+
 // Why nobody is there any more; empty: somebody is.
 std::string absenceOf(const RunState& state, const WatchedClient& client) {
   if (client.finishedStatus) {
@@ -172,7 +183,7 @@ bool isOver(const RunState& state) {
 std::optional<std::int64_t> secondsLeft(const RunState& state) {
   if (!state.startMs || state.rows <= 0 || state.rows > state.expectedRows()) return std::nullopt;
   const std::int64_t passed = std::max<std::int64_t>(state.nowMs - *state.startMs, 0);
-  const std::int64_t left = state.expectedRows() - state.rows;
+  const std::int64_t left = rowsToCome(state);
   return static_cast<std::int64_t>(static_cast<double>(passed) * static_cast<double>(left) /
                                    static_cast<double>(state.rows)) /
          kMsOfSecond;
@@ -183,6 +194,7 @@ std::vector<std::string> lacks(const RunState& state) {
   if (!state.trouble.empty()) sentences.push_back("nothing can be seen: " + state.trouble);
   if (!state.publishedMs) {
     sentences.emplace_back("nothing has been published for this run yet");
+    addMissing(state, sentences);
     return sentences;
   }
   addMissing(state, sentences);

@@ -30,13 +30,6 @@ namespace fs = std::filesystem;
 constexpr std::int64_t kMsOfSecond = 1000;
 constexpr std::int64_t kClockEveryMs = 60'000;
 
-std::string textIn(const std::string& path) {
-  std::string text;
-  const OpenFile file(path, O_RDONLY);
-  if (file.isOpen() && file.read(text) != 0) text.clear();
-  return text;
-}
-
 }  // namespace
 
 RunWatch::RunWatch(ControlFolder runFolder, const Wanted& wanted)

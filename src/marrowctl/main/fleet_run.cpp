@@ -62,6 +62,13 @@ std::string printableLines(std::string_view text) {
   return lines;
 }
 
+// Shells say that they find no such program each in its own way, but all with these two words.
+std::string hintOn(std::string_view said, const std::string& program) {
+  if (!holds(said, program) || !holds(said, "not found")) return {};
+  return "marrowctl run: " + program +
+         " is not in the PATH that the clients have there: --marrowctl PATH says where it is\n";
+}
+
 // The first table that several clients write to.
 std::string sharedTable(const Plan& plan) {
   if (!plan.isForManyClients()) return {};
@@ -158,7 +165,8 @@ class FleetRun {
         found.status == answerIsNo ? "not all clients are armed" : "clients could not be armed";
     Outcome outcome = stopped(found.status, problem, found.problems);
     if (const std::string said = engine.lastLines(); !said.empty())
-      outcome.messages += engineName + " printed:\n" + printableLines(said);
+      outcome.messages +=
+          engineName + " printed:\n" + printableLines(said) + hintOn(said, recipe.program);
     outcome.messages += endOfArmed(found.ready);
     return outcome;
   }

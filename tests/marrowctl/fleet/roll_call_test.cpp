@@ -103,6 +103,25 @@ TEST_F(RollCallTest, SaysWhoIsMissing) {
   EXPECT_EQ(sentences[3], "about to be ready, in a few seconds: c4");
 }
 
+TEST_F(RollCallTest, SaysWhyClientsThatWereArmedAreNoMore) {
+  const auto end = [this](const char* host, const char* message) {
+    EXPECT_EQ(writeFinishedNote(folder, {host, "run", "10:00", 1, message}), 0);
+  };
+  end("c1", "an earlier end");
+  add("c1");
+  end("c2", "gave up");
+  end("c3", "gave up");
+  end("c4", "");
+  end("c5", "nobody has asked for it");
+  test::writeFile(folder.finished("c6").c_str(), "torn");
+  const Names sentences = absences(roll(), {{"c1", "c2", "c3", "c4", "c6"}, 0});
+  ASSERT_EQ(sentences.size(), 4U);
+  EXPECT_EQ(sentences[2], "armed before, and ended: c4: exit status 1");
+  EXPECT_EQ(sentences[3], "armed before, and ended: c2, c3: gave up");
+  EXPECT_EQ(absences(roll(), {{}, 5}).back(),
+            "armed before, and ended: c5: nobody has asked for it");
+}
+
 TEST_F(RollCallTest, CountsWhereNoNamesAreKnown) {
   add("c1");
   EXPECT_EQ(absences(roll(), {{}, 3}), Names{"1 of 3 clients are ready: c1"});

@@ -223,6 +223,19 @@ TEST(SecondsLeft, GoesOnAtThePaceSoFar) {
   EXPECT_EQ(secondsLeft(state), std::nullopt) << "more rows than there should be";
 }
 
+TEST(SecondsLeft, WaitsForNobodyWhoIsMissing) {
+  RunState state = stateAt(30, 3);
+  state.namelessClients = 1;
+  addRows(state, 0, 1);
+  addRows(state, 1, 1);
+  state.clients[2].touchedMs.reset();
+  judgeClients(state);
+  EXPECT_EQ(secondsLeft(state), 30) << "two rows of four";
+  addRows(state, 0, 1);
+  addRows(state, 1, 1);
+  EXPECT_EQ(secondsLeft(state), 0);
+}
+
 TEST(Lacks, NamesWhoAndWhat) {
   RunState state = stateAt(90, 4);
   addRows(state, 0, 2);
@@ -243,6 +256,12 @@ TEST(Lacks, SaysThatNothingHasBegun) {
   RunState state = stateAt(0, 1);
   state.publishedMs.reset();
   EXPECT_EQ(lacks(state), Names{"nothing has been published for this run yet"});
+  state.clients[0].touchedMs.reset();
+  state.clients[0].finishedStatus = 1;
+  state.clients[0].finishedMessage = "gave up";
+  judgeClients(state);
+  EXPECT_EQ(lacks(state), (Names{"nothing has been published for this run yet",
+                                 "missing: c1: it has ended before its last marker: gave up"}));
 }
 
 TEST(Lacks, NamesLocksThatWereLeftBehind) {
