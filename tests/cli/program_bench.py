@@ -17,6 +17,8 @@ MUSL_REASONS = {errno.EIO: "I/O error", errno.ENOMEM: "Out of memory",
                 errno.EDQUOT: "Quota exceeded", errno.EOPNOTSUPP: "Not supported"}
 # What runs a program for another processor; nothing for this one's.
 EMULATOR = os.environ.get("MARROWBENCH_EMULATOR", "").split()
+# The library of slow_calls.cpp; empty where a program can't get it.
+SLOW_CALLS = os.environ.get("MARROWBENCH_SLOW_CALLS", "")
 RULE = "-" * 64
 HEADER = (
     "Date,Method,Type,Flush,PreAllocate,Chunk Wait,Chunk Size,Chunk Size KiB,System Buffer,"
@@ -26,6 +28,15 @@ HEADER = (
 
 DATE = r"[A-Z][a-z]{2} \d\d\. \d\d:\d\d\.\d\d"
 STAMP = r"\d\d\.\d\d\. \d\d:\d\d\.\d\d"
+
+
+def slowed_calls(**settings):
+    """What a program's environment needs besides, for its calls on a lock to be as slow_calls.cpp is told."""
+    return {
+        "LD_PRELOAD": SLOW_CALLS,
+        # A sanitizer refuses to run behind another preloaded library.
+        "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0",
+        **{f"SLOW_CALLS_{name.upper()}": str(value) for name, value in settings.items()}}
 
 
 def reason(code):

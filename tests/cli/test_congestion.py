@@ -26,8 +26,8 @@ import pytest
 
 from conftest import EMULATOR, end_group, own_host_names, table_rows, wait_until
 from lock_history import OLD, history
+from program_bench import SLOW_CALLS, slowed_calls
 
-SLOW_CALLS = os.environ.get("MARROWBENCH_SLOW_CALLS", "")
 ALL = os.environ.get("MARROWBENCH_ALL") == "1"
 ROUNDS = int(os.environ.get("MARROWBENCH_ROUNDS", 3 if ALL else 1))
 # A row may take its ten seconds.
@@ -103,12 +103,8 @@ class Scene:
         """Starts a client, which waits for open_gate()."""
         settings = self.folder / f"{rows}.bst"
         settings.write_text(f"posix;0;0;0;4;0;4;{rows};0;MEMORY;[host]_[iter].bin;;res.csv;false\n")
-        preloaded = {
-            "LD_PRELOAD": SLOW_CALLS, "SLOW_CALLS_LOG": self.log, "SLOW_CALLS_AHEAD": ahead,
-            "SLOW_CALLS_PAUSE_MS": self.pause_ms, "SLOW_CALLS_HOLD_MS": self.hold_ms,
-            "SLOW_CALLS_STOP": stop,
-            # The sanitizer refuses to run behind another preloaded library.
-            "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0"}
+        preloaded = slowed_calls(
+            log=self.log, ahead=ahead, pause_ms=self.pause_ms, hold_ms=self.hold_ms, stop=stop)
         script = f'hostname {name}; read gate; exec env "$@" < /dev/null'
         shown, told = self.said / f"{name}.out", self.said / f"{name}.err"
         with open(shown, "wb") as out, open(told, "wb") as err:

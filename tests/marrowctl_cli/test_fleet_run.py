@@ -10,13 +10,12 @@ import pytest
 
 from conftest import EMULATOR
 from fleet import FAST_COMMAND, fill_up, fleet, settings_line, small_file_system, state_of
-from program_bench import wait_until
+from program_bench import SLOW_CALLS, slowed_calls, wait_until
 
 __all__ = ["fleet"]
 
 HOSTS = [f"c{number:02}" for number in range(10)]
 LIST = "c[00-09]"
-SLOW_CALLS = os.environ.get("MARROWBENCH_SLOW_CALLS", "")
 
 
 def settings(fleet):
@@ -106,9 +105,7 @@ def test_a_client_whose_end_nobody_has_noticed_yet_is_named_in_the_run(fleet):
 def test_a_client_that_is_killed_while_it_holds_the_lock_is_named_with_it(fleet, ctl):
     clients = fleet.arm_all(HOSTS[:3])
     # It stops itself when it has written its note into the lock.
-    clients.append(fleet.arm("c03", environment={
-        "LD_PRELOAD": SLOW_CALLS, "SLOW_CALLS_STOP": "noted", "SLOW_CALLS_LOG": str(ctl.folder / "calls"),
-        "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0"}))
+    clients.append(fleet.arm("c03", environment=slowed_calls(stop="noted", log=ctl.folder / "calls")))
     wait_until(lambda: fleet.ready("c03"))
     table, lock = fleet.folder / "results.csv", fleet.folder / "results.csv_lock.txt"
     published = publish(fleet, hosts="c[00-03]")

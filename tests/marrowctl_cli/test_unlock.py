@@ -8,10 +8,9 @@ import time
 import pytest
 
 from conftest import COMMAND
-from program_bench import wait_until
+from program_bench import SLOW_CALLS, slowed_calls, wait_until
 
 NOTE = "\n File locked by: pc7 Time locked: Nov 16. 02:00.41\nInfo: This lock file should only exist a few seconds.\n\n"
-SLOW_CALLS = os.environ.get("MARROWBENCH_SLOW_CALLS", "")
 HOUR = 3600
 
 needs_slow_calls = pytest.mark.skipif(not SLOW_CALLS, reason="needs calls that can be preloaded")
@@ -82,7 +81,7 @@ def test_a_lock_from_the_future_stays(ctl, lock):
 @needs_slow_calls
 @pytest.mark.parametrize("ahead", [-6 * HOUR, 6 * HOUR])
 def test_the_age_is_told_by_the_shares_clock(ctl, lock, ahead):
-    environment = os.environ | {"LD_PRELOAD": SLOW_CALLS, "SLOW_CALLS_AHEAD": str(ahead)}
+    environment = os.environ | slowed_calls(ahead=ahead)
     assert "Age   2 h 0 min " in unlock(ctl, env=environment).stdout
     assert unlock(ctl, "--age", "3h", "--yes", env=environment).returncode == 1
     assert lock.exists()
@@ -120,7 +119,7 @@ def test_a_guard_that_was_left_behind_goes_first(ctl, lock):
 def test_a_lock_that_a_client_has_taken_meanwhile_stays(ctl, lock):
     guard = ctl.folder / "results.csv_lock.txt.take"
     # Each call on a lock comes up to two seconds late: between the look and the removal there is time.
-    environment = os.environ | {"LD_PRELOAD": SLOW_CALLS, "SLOW_CALLS_PAUSE_MS": "2000"}
+    environment = os.environ | slowed_calls(pause_ms=2000)
     process = subprocess.Popen([*COMMAND, "fleet", "unlock", "--table", "results.csv", "--age", "1h", "--yes"],
                                cwd=ctl.folder, env=environment, stdout=subprocess.PIPE, text=True)
     wait_until(guard.exists)

@@ -181,10 +181,9 @@ void RunWatch::takeNote(const PublishedNote& note) {
 bool RunWatch::takesPart(const WatchedClient& client) const {
   if (invited.contains(client.host)) return true;
   const std::int64_t published = *seen.publishedMs;
-  if (readyHosts.contains(client.host)) {
-    return modifiedMsOf(folder.ready(client.host)).value_or(0) >=
-           published - kGoneSeconds * kMsOfSecond;
-  }
+  // Its ready file may have gone since the folder was read: it has ended.
+  if (const auto touched = modifiedMsOf(folder.ready(client.host)))
+    return *touched >= published - kGoneSeconds * kMsOfSecond;
   return modifiedMsOf(folder.finished(client.host)).value_or(0) >= published;
 }
 

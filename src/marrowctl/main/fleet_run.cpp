@@ -63,7 +63,7 @@ std::string printableLines(std::string_view text) {
 }
 
 // Shells say that they find no such program each in its own way, but all with these two words.
-std::string hintOn(std::string_view said, const std::string& program) {
+std::string hintOn(const std::string& said, const std::string& program) {
   if (!holds(said, program) || !holds(said, "not found")) return {};
   return "marrowctl run: " + program +
          " is not in the PATH that the clients have there: --marrowctl PATH says where it is\n";

@@ -213,6 +213,7 @@ TEST(IsOver, IsWhenNobodyIsLeft) {
 
 TEST(SecondsLeft, GoesOnAtThePaceSoFar) {
   RunState state = stateAt(30, 3);
+  judgeClients(state);
   EXPECT_EQ(secondsLeft(state), std::nullopt);
   addRows(state, 0, 2);
   EXPECT_EQ(secondsLeft(state), 60);
@@ -255,6 +256,7 @@ TEST(Lacks, NamesWhoAndWhat) {
 TEST(Lacks, SaysThatNothingHasBegun) {
   RunState state = stateAt(0, 1);
   state.publishedMs.reset();
+  judgeClients(state);
   EXPECT_EQ(lacks(state), Names{"nothing has been published for this run yet"});
   state.clients[0].touchedMs.reset();
   state.clients[0].finishedStatus = 1;

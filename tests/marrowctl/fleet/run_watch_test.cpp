@@ -340,6 +340,18 @@ TEST_F(RunWatchTest, ClientsThatHadGoneBeforeItWasPublishedDoNotCount) {
   EXPECT_TRUE(hostsOf(later).contains("late"));
 }
 
+// A link to nothing stands for a ready file that is there when the folder is read, and gone when it
+// is asked.
+TEST_F(RunWatchTest, ClientsThatEndWhileTheyAreLookedAtCount) {
+  std::filesystem::create_symlink("nothing", folder.ready("c1"));
+  RunWatch watch(folder, {});
+  watch.look();
+  test::writeFile(folder.finished("c1").c_str(), "{}");
+  publish(line("[host].bin", "res.csv"));
+  watch.look();
+  EXPECT_EQ(hostsOf(watch), std::set<std::string>{"c1"});
+}
+
 TEST_F(RunWatchTest, TellsHowOldLocksAre) {
   publish(line("[host].bin", "res.csv"));
   arm("c1");
