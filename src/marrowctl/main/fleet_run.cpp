@@ -164,9 +164,10 @@ class FleetRun {
     const char* const problem =
         found.status == answerIsNo ? "not all clients are armed" : "clients could not be armed";
     Outcome outcome = stopped(found.status, problem, found.problems);
-    if (const std::string said = engine.lastLines(); !said.empty())
+    if (const std::string said = engine.lastLines(); !said.empty()) {
       outcome.messages +=
           engineName + " printed:\n" + printableLines(said) + hintOn(said, recipe.program);
+    }
     outcome.messages += endOfArmed(found.ready);
     return outcome;
   }
