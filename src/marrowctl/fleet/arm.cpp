@@ -1,8 +1,5 @@
 #include "marrowctl/fleet/arm.h"
 
-#include <sys/stat.h>
-
-#include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <filesystem>
@@ -41,9 +38,8 @@ constexpr std::size_t kLongestPath = 500;
 
 std::string problemOfFolder(const ControlFolder& folder) {
   if (std::string problem = problemOfShare(folder); !problem.empty()) return problem;
-  const std::string path = folder.path();
-  if (mkdir(path.c_str(), 0777) != 0 && errno != EEXIST) return path + ": " + std::strerror(errno);
-  return {};
+  const int code = makeRunFolder(folder);
+  return code == 0 ? "" : folder.path() + ": " + std::strerror(code);
 }
 
 // So that clients of shares ask the server again whether a file is there: most of them remember

@@ -1,5 +1,7 @@
 #include "marrowctl/fleet/control_folder.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
@@ -70,6 +72,16 @@ std::string problemOfShare(const ControlFolder& folder) {
   if (std::filesystem::is_directory(folder.control, code)) return {};
   return folder.control + ": " + std::strerror(code ? code.value() : ENOTDIR) +
          ". Is the share mounted here?";
+}
+
+int makeRunFolder(const ControlFolder& folder) {
+  struct stat status {};
+  if (stat(folder.control.c_str(), &status) != 0) return errno;
+  // At once: another user's client may be right behind.
+  const mode_t before = umask(0);
+  const int code = mkdir(folder.path().c_str(), status.st_mode & 07777) == 0 ? 0 : errno;
+  (void)umask(before);
+  return code == EEXIST ? 0 : code;
 }
 
 std::string problemOfRunName(std::string_view name) {

@@ -41,6 +41,11 @@ inline constexpr std::string_view kDonePrefix = "done__";
 /// Why the folder on the share can't be used, with its path in front; empty: it is there.
 [[nodiscard]] std::string problemOfShare(const ControlFolder& folder);
 
+/// Makes the folder of the run, unless it is there, for all who may work in the control folder:
+/// with the permissions of that, whatever the process's umask is. For a process with one thread.
+/// @return errno of what failed
+[[nodiscard]] int makeRunFolder(const ControlFolder& folder);
+
 /// Why a run can't be called so; empty: it can. Its name is part of file names, of chain lines and
 /// of commands: letters, digits, ".", "_" and "-", the first of them a letter or a digit.
 [[nodiscard]] std::string problemOfRunName(std::string_view name);

@@ -1,6 +1,11 @@
 #include "marrowctl/fleet/control_folder.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+
+#include "helpers/temp_folder.h"
 
 namespace marrowbench::ctl {
 namespace {
@@ -38,6 +43,21 @@ TEST(ProblemOfShare, IsThatThereIsNoSuchFolder) {
             "/nowhere: No such file or directory. Is the share mounted here?");
   EXPECT_EQ(problemOfShare({"/dev/null", "monday"}),
             "/dev/null: Not a directory. Is the share mounted here?");
+}
+
+TEST(MakeRunFolder, IsForAllWhoMayWorkInTheControlFolder) {
+  const test::TempFolder temporary;
+  const ControlFolder folder{temporary.path() + "/control", "monday"};
+  EXPECT_EQ(makeRunFolder(folder), ENOENT);
+  ASSERT_EQ(mkdir(folder.control.c_str(), 0700), 0);
+  ASSERT_EQ(chmod(folder.control.c_str(), 0775), 0);
+  const mode_t before = umask(077);
+  EXPECT_EQ(makeRunFolder(folder), 0);
+  EXPECT_EQ(umask(before), 077U) << "of what the process makes later";
+  struct stat status {};
+  ASSERT_EQ(stat(folder.path().c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777, 0775U);
+  EXPECT_EQ(makeRunFolder(folder), 0) << "it is there";
 }
 
 TEST(ProblemOfRunName, LetsPlainNamesPass) {
