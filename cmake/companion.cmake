@@ -17,7 +17,7 @@ if(MARROWBENCH_COMPANION STREQUAL AUTO OR MARROWBENCH_COMPANION)
       endif()
     endforeach()
     target_include_directories(marrowctl_libraries SYSTEM INTERFACE ${MARROWBENCH_LIBRARY_HEADERS})
-    target_compile_definitions(marrowctl_libraries INTERFACE FMT_HEADER_ONLY)
+    set(fmt_headers ${MARROWBENCH_LIBRARY_HEADERS})
   else()
     find_package(CLI11 2.1 CONFIG QUIET)
     find_package(nlohmann_json 3.11 CONFIG QUIET)
@@ -28,8 +28,11 @@ if(MARROWBENCH_COMPANION STREQUAL AUTO OR MARROWBENCH_COMPANION)
       endif()
     endforeach()
     # Nothing of fmt is linked: the program is the same whatever the library was built with.
-    target_link_libraries(marrowctl_libraries INTERFACE
-      CLI11::CLI11 nlohmann_json::nlohmann_json fmt::fmt-header-only)
+    target_link_libraries(marrowctl_libraries INTERFACE CLI11::CLI11 nlohmann_json::nlohmann_json)
+    if(fmt_FOUND)
+      get_target_property(fmt_headers fmt::fmt-header-only INTERFACE_INCLUDE_DIRECTORIES)
+      target_include_directories(marrowctl_libraries SYSTEM INTERFACE ${fmt_headers})
+    endif()
   endif()
 
   list(JOIN missing_libraries ", " missing_libraries)
@@ -37,6 +40,16 @@ if(MARROWBENCH_COMPANION STREQUAL AUTO OR MARROWBENCH_COMPANION)
     "nlohmann-json fmt (Homebrew)")
   if(NOT missing_libraries)
     set(builds_marrowctl ON)
+    # The file names inner parts of fmt, which may have other names in a newer one: then its headers
+    # alone do, which takes longer.
+    try_compile(MARROWBENCH_FMT_COMPILED_ONCE
+      SOURCES ${PROJECT_SOURCE_DIR}/src/marrowctl/support/fmt_library.cpp
+      SOURCE_FROM_CONTENT user.cpp
+        "#include <fmt/format.h>\nint main() { return fmt::format(\"{} {} {}\", 0.5, 1, \"\").empty(); }\n"
+      CMAKE_FLAGS "-DINCLUDE_DIRECTORIES=${fmt_headers}")
+    if(NOT MARROWBENCH_FMT_COMPILED_ONCE)
+      target_compile_definitions(marrowctl_libraries INTERFACE FMT_HEADER_ONLY)
+    endif()
   elseif(MARROWBENCH_COMPANION STREQUAL AUTO)
     message(NOTICE "Left out: marrowctl. It needs ${missing_libraries}: ${how_to_install}, or set "
       "MARROWBENCH_COMPANION=OFF.")

@@ -8,18 +8,17 @@
 #include <nlohmann/json.hpp>
 
 #include "marrowctl/fleet/open_file.h"
+#include "marrowctl/support/json_text.h"
 
 namespace marrowbench::ctl {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 constexpr const char* kSchema = "marrowctl.finished/1";
 
 std::string textOf(const FinishedNote& note) {
   const Json object = {{"schema", kSchema}, {"host", note.host},     {"run", note.run},
                        {"time", note.time}, {"status", note.status}, {"message", note.message}};
-  return object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+  return jsonTextOf(object) + "\n";
 }
 
 int writeNew(const std::string& path, std::string_view text) {
@@ -43,7 +42,7 @@ int writeFinishedNote(const ControlFolder& folder, const FinishedNote& note) {
 }
 
 std::optional<FinishedNote> finishedNoteFrom(std::string_view text) {
-  const Json object = Json::parse(text, nullptr, false);
+  const Json object = jsonFrom(text);
   if (!object.is_object() || object.value("schema", Json()) != kSchema) return std::nullopt;
   FinishedNote note;
   const auto take = [&object](const char* name, std::string& value) {

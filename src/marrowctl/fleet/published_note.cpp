@@ -2,10 +2,10 @@
 
 #include <nlohmann/json.hpp>
 
+#include "marrowctl/support/json_text.h"
+
 namespace marrowbench::ctl {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 constexpr const char* kSchema = "marrowctl.published/1";
 
@@ -37,11 +37,11 @@ std::string textOf(const PublishedNote& note) {
                        {"fastestClockMs", note.clocks.fastestMs},
                        {"hosts", note.hosts},
                        {"tables", tables}};
-  return object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+  return jsonTextOf(object) + "\n";
 }
 
 std::optional<PublishedNote> publishedNoteFrom(std::string_view text) {
-  const Json object = Json::parse(text, nullptr, false);
+  const Json object = jsonFrom(text);
   if (!object.is_object() || object.value("schema", Json()) != kSchema) return std::nullopt;
   PublishedNote note;
   const auto run = object.find("run"), time = object.find("time"), hosts = object.find("hosts");

@@ -6,13 +6,12 @@
 #include <random>
 
 #include "marrowctl/report/output.h"
+#include "marrowctl/support/json_text.h"
 #include "paths/host_name.h"
 #include "support/clock.h"
 
 namespace marrowbench::ctl {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 constexpr const char* kSchema = "marrowctl.ready/1";
 
@@ -78,13 +77,13 @@ std::string textOf(const ReadyNote& note, std::size_t atLeast) {
                        {"processors", note.machine.processors},
                        {"memoryBytes", note.machine.memoryBytes},
                        {"mounts", mountsOf(note.machine)}};
-  std::string text = object.dump(-1, ' ', false, Json::error_handler_t::replace);
+  std::string text = jsonTextOf(object);
   if (text.size() + 1 < atLeast) text.append(atLeast - text.size() - 1, ' ');
   return text + "\n";
 }
 
 std::optional<ReadyNote> readyNoteFrom(std::string_view text) {
-  const Json object = Json::parse(text, nullptr, false);
+  const Json object = jsonFrom(text);
   if (!object.is_object() || textIn(object, "schema") != kSchema) return std::nullopt;
   ReadyNote note;
   note.host = textIn(object, "host");

@@ -4,6 +4,8 @@
 #include <array>
 #include <nlohmann/json.hpp>
 
+#include "marrowctl/support/json_text.h"
+
 namespace marrowbench::ctl {
 namespace {
 
@@ -12,9 +14,8 @@ namespace {
 constexpr std::array<std::string_view, kMostColours> kColours = {
     "#0072b2", "#e69f00", "#009e73", "#cc79a7", "#56b4e9", "#d55e00", "#8a8f98", "#f0e442"};
 
-nlohmann::json channelOf(std::string_view field, std::string_view title,
-                         const std::vector<std::string>& labels,
-                         const std::vector<std::string>& colours) {
+Json channelOf(std::string_view field, std::string_view title,
+               const std::vector<std::string>& labels, const std::vector<std::string>& colours) {
   return {{"field", field},
           {"type", "nominal"},
           {"title", title},
@@ -63,26 +64,26 @@ void ColourKey::add(std::uint32_t test, const std::string& label, std::string_vi
   colours.emplace_back(colour);
 }
 
-nlohmann::json ColourKey::channel(std::string_view field) const {
-  nlohmann::json channel = channelOf(field, title(), labels, colours);
+Json ColourKey::channel(std::string_view field) const {
+  Json channel = channelOf(field, title(), labels, colours);
   // Names of tests are long.
   channel["legend"] = {{"columns", isByTest ? 1 : labels.size()}};
   return channel;
 }
 
-nlohmann::json interfaceChannel(std::string_view field) {
+Json interfaceChannel(std::string_view field) {
   std::vector<std::string> labels, colours;
   for (const Method method : {Method::stream, Method::ansiC, Method::posix}) {
     labels.push_back(interfaceOf(method));
     colours.emplace_back(colourOf(method));
   }
-  nlohmann::json channel = channelOf(field, "Interface", labels, colours);
+  Json channel = channelOf(field, "Interface", labels, colours);
   channel["legend"] = {{"columns", labels.size()}};
   return channel;
 }
 
-nlohmann::json timeAxis() {
-  return nlohmann::json::parse(R"({"labelFlush": false, "tickCount": 8, "format": {
+Json timeAxis() {
+  return jsonFrom(R"({"labelFlush": false, "tickCount": 8, "format": {
     "year": "%Y", "month": "%d %b", "week": "%d %b", "date": "%d %b", "day": "%d %b", "hours": "%H:%M",
     "minutes": "%H:%M", "seconds": "%H:%M:%S", "milliseconds": "%H:%M:%S"}})");
 }

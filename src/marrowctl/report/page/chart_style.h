@@ -3,12 +3,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "marrowctl/report/report.h"
+#include "marrowctl/support/json_text.h"
 
 /// Names and colours that all charts share.
 namespace marrowbench::ctl {
@@ -34,7 +34,7 @@ class ColourKey {
   [[nodiscard]] std::string_view title() const { return isByTest ? "Test" : "Interface"; }
 
   /// A Vega-Lite color channel over a field with the names of the groups.
-  [[nodiscard]] nlohmann::json channel(std::string_view field) const;
+  [[nodiscard]] Json channel(std::string_view field) const;
 
  private:
   void add(std::uint32_t test, const std::string& label, std::string_view colour);
@@ -51,10 +51,10 @@ class ColourKey {
 [[nodiscard]] std::string_view colourOf(Method method);
 
 /// A Vega-Lite axis of times: the clock with 24 hours, dates where a day begins.
-[[nodiscard]] nlohmann::json timeAxis();
+[[nodiscard]] Json timeAxis();
 
 /// A Vega-Lite color channel over a field with the names of the three measured interfaces.
-[[nodiscard]] nlohmann::json interfaceChannel(std::string_view field);
+[[nodiscard]] Json interfaceChannel(std::string_view field);
 
 /// Vega-Lite's config for every chart: the text takes the colour of the page.
 [[nodiscard]] std::string_view chartConfig();

@@ -5,6 +5,7 @@
 
 #include "marrowctl/report/page/chart.h"
 #include "marrowctl/report/page/chart_style.h"
+#include "marrowctl/support/json_text.h"
 
 namespace marrowbench::ctl {
 namespace {
@@ -83,13 +84,13 @@ ChartTable tableOf(const Report& report, const std::vector<const ClientReport*>&
 
 // The colour of the interface, on boxes and points; whiskers and medians keep that of the text.
 std::string drawingOf(bool hasNames, std::size_t clients, Method method) {
-  nlohmann::json chart = nlohmann::json::parse(hasNames ? kBoxes : kRanks);
+  Json chart = jsonFrom(hasNames ? kBoxes : kRanks);
   if (hasNames) chart["height"] = kRowHeight * clients;
-  for (nlohmann::json& layer : chart["layer"]) {
-    nlohmann::json& mark = layer["mark"];
+  for (Json& layer : chart["layer"]) {
+    Json& mark = layer["mark"];
     if (mark["type"] == "bar" || mark["type"] == "point") mark["color"] = colourOf(method);
   }
-  return chart.dump();
+  return jsonTextOf(chart);
 }
 
 Chart chartOf(const Report& report, std::uint32_t test, std::size_t mostClients) {

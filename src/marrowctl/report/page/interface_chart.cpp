@@ -4,6 +4,7 @@
 
 #include "marrowctl/report/page/chart.h"
 #include "marrowctl/report/page/chart_style.h"
+#include "marrowctl/support/json_text.h"
 #include "marrowctl/support/units.h"
 
 namespace marrowbench::ctl {
@@ -94,10 +95,10 @@ ChartTable tableOf(const Report& report, const std::vector<std::uint32_t>& tests
 }
 
 std::string drawing() {
-  nlohmann::json chart = nlohmann::json::parse(kDrawing);
+  Json chart = jsonFrom(kDrawing);
   chart["encoding"]["color"] = interfaceChannel("interface");
   chart["encoding"]["xOffset"]["sort"] = chart["encoding"]["color"]["scale"]["domain"];
-  return chart.dump();
+  return jsonTextOf(chart);
 }
 
 }  // namespace

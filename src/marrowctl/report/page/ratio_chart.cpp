@@ -5,6 +5,7 @@
 
 #include "marrowctl/report/page/chart_style.h"
 #include "marrowctl/report/page/compare_page.h"
+#include "marrowctl/support/json_text.h"
 
 namespace marrowbench::ctl {
 namespace {
@@ -43,8 +44,8 @@ constexpr Look kLooks[] = {{Difference::slower, "#d55e00", "triangle-left"},
                            {Difference::same, "#56b4e9", "circle"},
                            {Difference::faster, "#009e73", "triangle-right"}};
 
-nlohmann::json channelOf(std::string_view Look::*part) {
-  nlohmann::json names, values;
+Json channelOf(std::string_view Look::*part) {
+  Json names, values;
   for (const Look& look : kLooks) {
     names.push_back(nameOf(look.difference));
     values.push_back(look.*part);
@@ -62,14 +63,14 @@ bool isFarFromOne(const ComparedTest& test) {
 }
 
 std::string drawingOf(const Comparison& comparison, std::size_t rows) {
-  nlohmann::json drawing = nlohmann::json::parse(kDrawing);
+  Json drawing = jsonFrom(kDrawing);
   drawing["height"] = kRowHeight * rows;
   for (std::size_t layer = 2; layer < 4; ++layer)
     drawing["layer"][layer]["encoding"]["color"] = channelOf(&Look::colour);
   drawing["layer"][3]["encoding"]["shape"] = channelOf(&Look::shape);
   if (std::any_of(comparison.tests.begin(), comparison.tests.end(), isFarFromOne))
     drawing["layer"][3]["encoding"]["x"]["scale"] = {{"type", "log"}};
-  return drawing.dump();
+  return jsonTextOf(drawing);
 }
 
 ChartTable tableOf(const Comparison& comparison) {

@@ -6,6 +6,7 @@
 #include "marrowctl/report/page/active_clients.h"
 #include "marrowctl/report/page/chart.h"
 #include "marrowctl/report/page/chart_style.h"
+#include "marrowctl/support/json_text.h"
 
 namespace marrowbench::ctl {
 namespace {
@@ -87,9 +88,9 @@ ChartTable tableOf(const Report& report, const Points& points,
 }
 
 std::string coloured(std::string_view drawing, const ColourKey& key) {
-  nlohmann::json chart = nlohmann::json::parse(drawing);
+  Json chart = jsonFrom(drawing);
   chart["encoding"]["color"] = key.channel("test");
-  return chart.dump();
+  return jsonTextOf(chart);
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "marrowctl/support/json_text.h"
+
 namespace marrowbench::ctl {
 namespace {
 
@@ -26,9 +28,8 @@ constexpr std::string_view kDrawing = R"({
 }  // namespace
 
 std::string speedPairsDrawing(const PairedSpeed& one, const PairedSpeed& other, std::size_t rows) {
-  using Json = nlohmann::json;
   const Json labels = {one.label, other.label};
-  Json drawing = Json::parse(kDrawing);
+  Json drawing = jsonFrom(kDrawing);
   drawing["height"] = kRowHeight * rows;
   drawing["transform"] = {Json{{"fold", {one.field, other.field}}, {"as", {"which", "speed"}}},
                           Json{{"calculate", fmt::format("datum.which == '{}' ? '{}' : '{}'",
@@ -37,7 +38,7 @@ std::string speedPairsDrawing(const PairedSpeed& one, const PairedSpeed& other, 
   Json& points = drawing["layer"][1]["encoding"];
   points["color"]["scale"] = Json{{"domain", labels}, {"range", {one.colour, other.colour}}};
   points["shape"]["scale"] = Json{{"domain", labels}, {"range", {"diamond", "circle"}}};
-  return drawing.dump();
+  return jsonTextOf(drawing);
 }
 
 }  // namespace marrowbench::ctl

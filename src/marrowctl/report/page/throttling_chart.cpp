@@ -4,6 +4,7 @@
 
 #include "marrowctl/report/page/chart.h"
 #include "marrowctl/report/page/chart_style.h"
+#include "marrowctl/support/json_text.h"
 
 namespace marrowbench::ctl {
 namespace {
@@ -103,10 +104,10 @@ ChartSection throttlingSection(const Report& report) {
                     {"expected", "Expected MiB/s", ColumnKind::number}});
   const std::vector<double> percent = percentages(report);
   for (const Family& family : families) addFamily(table, report, family, percent);
-  nlohmann::json drawing = nlohmann::json::parse(kDrawing);
+  Json drawing = jsonFrom(kDrawing);
   drawing["encoding"]["color"] = interfaceChannel("interface");
-  section.charts.push_back(
-      {"throttling-speed", "Speed over the copy speed setting, MiB/s", drawing.dump(), table, ""});
+  section.charts.push_back({"throttling-speed", "Speed over the copy speed setting, MiB/s",
+                            jsonTextOf(drawing), table, ""});
   return section;
 }
 

@@ -6,6 +6,7 @@
 #include "marrowctl/report/page/chart_style.h"
 #include "marrowctl/report/page/local_time.h"
 #include "marrowctl/report/page/time_bins.h"
+#include "marrowctl/support/json_text.h"
 
 namespace marrowbench::ctl {
 namespace {
@@ -42,10 +43,10 @@ Chart chartOf(const Report& report, const ColourKey& key, const TimeBins& bins) 
                        mibPerSecond(bytes[group][bin], bins)});
     }
   }
-  nlohmann::json drawing = nlohmann::json::parse(kSteps);
+  Json drawing = jsonFrom(kSteps);
   drawing["encoding"]["x"]["axis"] = timeAxis();
   drawing["encoding"]["color"] = key.channel("group");
-  chart.drawing = drawing.dump();
+  chart.drawing = jsonTextOf(drawing);
   return chart;
 }
 

@@ -6,6 +6,7 @@
 #include "marrowctl/report/page/chart_style.h"
 #include "marrowctl/report/page/local_time.h"
 #include "marrowctl/report/page/time_bins.h"
+#include "marrowctl/support/json_text.h"
 #include "marrowctl/support/units.h"
 
 namespace marrowbench::ctl {
@@ -90,11 +91,11 @@ Chart barsOf(const Report& report) {
               ""};
   RowCursor cursor(report.results);
   while (cursor.next()) addBar(chart.table, report, key, cursor);
-  nlohmann::json drawing = nlohmann::json::parse(kBars);
+  Json drawing = jsonFrom(kBars);
   drawing["height"] = kRowHeight * report.results.hosts.size();
   drawing["encoding"]["x"]["axis"] = timeAxis();
   drawing["encoding"]["color"] = key.channel("colour");
-  chart.drawing = drawing.dump();
+  chart.drawing = jsonTextOf(drawing);
   return chart;
 }
 
@@ -124,10 +125,10 @@ Chart heatMapOf(const Report& report) {
                        mibPerSecond(bytes[group][bin], bins) / members});
     }
   }
-  nlohmann::json drawing = nlohmann::json::parse(kHeat);
+  Json drawing = jsonFrom(kHeat);
   drawing["height"] = kRowHeight * groups.names.size();
   drawing["encoding"]["x"]["axis"] = timeAxis();
-  chart.drawing = drawing.dump();
+  chart.drawing = jsonTextOf(drawing);
   return chart;
 }
 

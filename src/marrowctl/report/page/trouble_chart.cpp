@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "marrowctl/report/page/chart.h"
+#include "marrowctl/support/json_text.h"
 
 namespace marrowbench::ctl {
 namespace {
@@ -66,9 +67,10 @@ ChartSection troubleSection(const Report& report) {
     table.add({report.results.hosts[found[i].host], static_cast<double>(found[i].rows),
                static_cast<double>(found[i].errors), static_cast<double>(found[i].nullData)});
   }
-  nlohmann::json drawing = nlohmann::json::parse(kDrawing);
+  Json drawing = jsonFrom(kDrawing);
   drawing["height"] = kRowHeight * table.rows();
-  section.charts.push_back({"trouble-clients", "Rows in trouble, by client", drawing.dump(), table,
+  section.charts.push_back({"trouble-clients", "Rows in trouble, by client", jsonTextOf(drawing),
+                            table,
                             found.size() > kMostClients
                                 ? fmt::format("The {} clients with most of them are shown, of {}.",
                                               kMostClients, found.size())
