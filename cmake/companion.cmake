@@ -40,8 +40,8 @@ if(MARROWBENCH_COMPANION STREQUAL AUTO OR MARROWBENCH_COMPANION)
     "nlohmann-json fmt (Homebrew)")
   if(NOT missing_libraries)
     set(builds_marrowctl ON)
-    # The file names inner parts of fmt, which may have other names in a newer one: then its headers
-    # alone do, which takes longer.
+    # fmt_library.cpp names inner parts of fmt, and a newer fmt may have other ones. Where it does not
+    # link, every file compiles all of fmt from its headers: the same program, but a longer build.
     try_compile(MARROWBENCH_FMT_COMPILED_ONCE
       SOURCES ${PROJECT_SOURCE_DIR}/src/marrowctl/support/fmt_library.cpp
       SOURCE_FROM_CONTENT user.cpp
