@@ -39,7 +39,7 @@ def start(host, command):
     with open(os.environ["STUB_LOG"], "a") as log:
         log.write(f"{os.path.basename(sys.argv[0])} {host}\n")
     if host in os.environ.get("STUB_DOWN", "").split():
-        return subprocess.Popen(["sh", "-c", r"printf '\033[31mno route\007\n' >&2; exit 255"])
+        return subprocess.Popen(["sh", "-c", r"printf 'down: 0/1\r         \r\033[31mno route\007\r\n' >&2; exit 255"])
     if host in os.environ.get("STUB_HANGS", "").split():
         time.sleep(300)
     return subprocess.Popen(["unshare", "--uts", "sh", "-c", 'hostname "$0"; exec sh -c "$1"', f"{host}.lab", command])

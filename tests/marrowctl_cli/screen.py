@@ -37,7 +37,8 @@ class Screen:
             # Not above the first row that the terminal still shows.
             self.row = max(self.row - int(number), len(self.lines) - self.rows, 0)
         elif letter == "K":
-            self.lines[self.row] = self.lines[self.row][:self.column]
+            # Behind a full line the cursor stands on its last column still, as xterm has it.
+            self.lines[self.row] = self.lines[self.row][:min(self.column, self.columns - 1)]
         elif letter == "J":
             self.lines[self.row] = self.lines[self.row][:self.column]
             del self.lines[self.row + 1:]

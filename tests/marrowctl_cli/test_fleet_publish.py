@@ -210,7 +210,7 @@ def test_what_an_earlier_run_left_is_refused(fleet):
         f"{fleet.folder}/results.csv",
         "of an earlier run there is still a lock, for which clients would wait: "
         f"{fleet.folder}/results.csv_lock.txt",
-        "delete what is left, or let it stay with --again"]
+        'delete what is left, or let it stay with "marrowctl fleet publish --again"']
     assert fleet.run("publish", "--hosts", "c1", "--again", "--now", path).returncode == 0
 
 

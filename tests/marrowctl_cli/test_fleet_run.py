@@ -156,7 +156,7 @@ def test_a_marker_of_last_week_is_told_and_does_not_count(fleet, ctl):
     os.utime(marker, (last_week, last_week))
     told = refusals(publish(fleet))
     assert told == ["of an earlier run there is still a done marker, by which the client would seem to have ended: "
-                    f"{marker}", "delete what is left, or let it stay with --again"]
+                    f"{marker}", 'delete what is left, or let it stay with "marrowctl fleet publish --again"']
     complete_run(fleet, ctl, clients, "--again")
     assert marker.stat().st_mtime > last_week + 86_400
 

@@ -389,6 +389,13 @@ def test_text_begins_with_the_verdict_and_names_what_it_shows(ctl):
     assert max(map(len, done.stdout.splitlines())) <= 100
 
 
+@pytest.mark.parametrize("clients, ms, is_rough", [(2, 9900, True), (2, 10100, False), (1, 9900, False)])
+def test_text_says_where_whole_seconds_tell_little(ctl, clients, ms, is_rough):
+    write(ctl.folder / "a.csv", [Row(end=20, host=host, ms=ms) for host in ("north", "south")[:clients]])
+    text = " ".join(ctl.run("report", "a.csv").stdout.split())
+    assert ("where all were active for less than 10 s, what they got together is rough" in text) is is_rough
+
+
 @pytest.mark.parametrize("make, problem", [
     (lambda path: path.write_bytes(b"\x89PNG\r\n\x1a\n" + bytes(range(256)) * 400),
      "this is no results table of marrowbench: no header and no row is in it"),

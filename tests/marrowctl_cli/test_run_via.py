@@ -156,7 +156,7 @@ def test_a_host_that_is_down_stops_it_before_publication(via):
             "  missing: c2. \"marrowctl fleet arm\" makes a machine ready\nssh printed:\n") in done.stderr
     assert "c2: not armed\n" in done.stderr
     # What is printed far away sends the terminal nothing.
-    assert "\ufffd[31mno route\ufffd\n" in done.stderr and "\x1b" not in done.stderr
+    assert "\n\ufffd[31mno route\ufffd\n" in done.stderr and "\x1b" not in done.stderr
     assert done.stderr.endswith("2 clients stay armed; without a run they stop 15 min 0 s after they were armed\n")
     assert not (via.fleet.control / "mine/mine.bst").exists()
     assert list(via.temporary.iterdir()) == []

@@ -54,8 +54,10 @@ void addLeftovers(const Leftovers& leftovers, std::vector<std::string>& sentence
   add("a done marker, by which the client would seem to have ended", leftovers.markers);
   add("a table, to which the rows would be added", leftovers.tables);
   add("a lock, for which clients would wait", leftovers.locks);
-  if (!sentences.empty())
-    sentences.emplace_back("delete what is left, or let it stay with --again");
+  if (!sentences.empty()) {
+    sentences.emplace_back(
+        "delete what is left, or let it stay with \"marrowctl fleet publish --again\"");
+  }
 }
 
 void addPlaces(const Publication& publication, std::vector<std::string>& sentences) {

@@ -51,12 +51,18 @@ void say(const std::string& text) {
   (void)std::fflush(stderr);
 }
 
+// Engines draw a counter in the line that a client's message then takes.
+std::string_view lastDrawn(std::string_view line) {
+  if (line.ends_with('\r')) line.remove_suffix(1);
+  return line.substr(line.rfind('\r') + 1);
+}
+
 // What clients print may hold anything.
 std::string printableLines(std::string_view text) {
   std::string lines;
   while (!text.empty()) {
     const std::size_t end = std::min(text.find('\n'), text.size());
-    lines += printable(text.substr(0, end)) + "\n";
+    lines += printable(lastDrawn(text.substr(0, end))) + "\n";
     text.remove_prefix(std::min(end + 1, text.size()));
   }
   return lines;

@@ -76,7 +76,8 @@ void LiveScreen::draw(const std::vector<std::string>& lines) {
   drawnWidth = width;
   std::string text = kHideCursor;
   if (drawn > 0) text += "\r\033[" + std::to_string(drawn) + "A";
-  for (const std::string& line : lines) text += line + "\033[K\n";
+  // Erased before and not behind: many a terminal takes the last column for the place behind it.
+  for (const std::string& line : lines) text += "\033[K" + line + "\n";
   // What is left of a longer table.
   text += "\033[J";
   drawn = lines.size();

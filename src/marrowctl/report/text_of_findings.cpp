@@ -85,6 +85,15 @@ std::string unknownHostsText(const Report& report, const TextStyle& style) {
       2, style.width);
 }
 
+// Both ends of the time in which all were active are known to a second.
+bool isRough(const Report& report) {
+  constexpr double kFewSeconds = 10;
+  return std::ranges::any_of(report.tests, [](const TestReport& test) {
+    return test.clients.size() > 1 && !test.isTooShort && test.allActive &&
+           test.allActive->seconds < kFewSeconds;
+  });
+}
+
 }  // namespace
 
 std::string verdictText(const Report& report, const TextStyle& style) {
@@ -160,6 +169,11 @@ std::string legendText(const Report& report, const TextStyle& style) {
     text +=
         " All active: what the clients got together from the moment the last one began until the "
         "first one ended; overlap: the part of the whole time that this is.";
+  }
+  if (isRough(report)) {
+    text +=
+        " Dates have whole seconds: where all were active for less than 10 s, what they got "
+        "together is rough, and may be more than is possible.";
   }
   return "\n" + toned(wrapped(text, 0, style.width), Tone::faint, style);
 }

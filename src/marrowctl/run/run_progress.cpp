@@ -70,6 +70,9 @@ std::optional<std::size_t> RunProgress::indexOf(const TestKey& key) const {
 }
 
 void RunProgress::note(const ConsoleFollower& console, std::int64_t nowMs) {
+  // What begins and ends between two looks took the time between them at most.
+  if (phase != RunPhase::testing) workedAt = notedAt.value_or(nowMs);
+  notedAt = nowMs;
   noteIterations(console, nowMs);
   const bool isNewFile = !console.files().empty() && file != console.files().back();
   if (isNewFile) file = console.files().back();

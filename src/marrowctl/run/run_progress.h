@@ -67,10 +67,11 @@ class RunProgress {
   std::optional<RunIteration> last;
   std::size_t iterations = 0;  // that were noted
   std::int64_t looks = 0;
-  std::int64_t begun = 0;      // milliseconds since the epoch: of the phase
-  std::int64_t lookedAt = 0;   // the same: when the file was looked for last
-  std::int64_t workedAt = 0;   // the same: when the last iteration ended, or the first one began
-  std::int64_t startTime = 0;  // seconds since the epoch: of the minute that is waited for
+  std::int64_t begun = 0;     // milliseconds since the epoch: of the phase
+  std::int64_t lookedAt = 0;  // the same: when the file was looked for last
+  std::int64_t workedAt = 0;  // the same: when the last iteration ended, or the first one began
+  std::optional<std::int64_t> notedAt;  // the same: when the console was looked at last
+  std::int64_t startTime = 0;           // seconds since the epoch: of the minute that is waited for
 };
 
 }  // namespace marrowbench::ctl

@@ -83,6 +83,22 @@ TEST_F(RunProgressTest, DoesNotCountAWaitAsWork) {
             "test 1 of 2, iteration 2 of 2, last row 1.0 MiB/s, 4 s left (Posix write)");
 }
 
+TEST_F(RunProgressTest, CountsOnlyWhatTookTimeSinceTheLastLook) {
+  // 4 s of data; of all else at the first look nothing is known, at the later one it is 1 s.
+  const std::string begun = kFound + opening("a.bst", 0) + iteration(summary("4.00s", "1.000"));
+  writeFile("a.bst", kTwoTests);
+  RunProgress firstLook = progress();
+  EXPECT_EQ(after(firstLook, asked("a.bst") + begun, 60000),
+            "test 1 of 2, iteration 2 of 2, last row 1.0 MiB/s, 16 s left (Posix write)");
+
+  console = {};
+  RunProgress laterLook = progress();
+  (void)after(laterLook, asked("a.bst"), 0);
+  (void)after(laterLook, ".", 60000);
+  EXPECT_EQ(after(laterLook, begun, 65000),
+            "test 1 of 2, iteration 2 of 2, last row 1.0 MiB/s, 20 s left (Posix write)");
+}
+
 TEST_F(RunProgressTest, CountsDownToTheTrueMinute) {
   writeFile("a.bst", kTwoTests);
   RunProgress progress = RunProgressTest::progress();
