@@ -90,6 +90,16 @@ def test_few_rows_tell_nothing(ctl):
     assert test["ratio"] == pytest.approx(0.5, rel=1e-3)
 
 
+@pytest.mark.parametrize("iterations, told", [
+    (4, "marrowctl compare: --fail-if-slower can't judge 1 of 1 test: fewer than 5 rows with a speed on a side\n"),
+    (5, "")])
+def test_a_limit_that_cannot_be_judged_is_told(ctl, iterations, told):
+    old, new, _, _ = tables(ctl, 2.0, clients=1, iterations=iterations)
+    done = ctl.run("compare", old, new, "--fail-if-slower", "10")
+    assert (done.returncode, done.stderr) == (0 if told else 3, told)
+    assert ctl.run("compare", old, new).stderr == ""
+
+
 @pytest.mark.parametrize("limit, status", [("10", 3), ("16.6", 3), ("17", 0)])
 def test_a_loss_beyond_the_limit_is_a_status(ctl, limit, status):
     old, new, _, _ = tables(ctl, 1.2)

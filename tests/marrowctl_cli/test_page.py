@@ -13,6 +13,7 @@ import xml.etree.ElementTree
 import pytest
 
 import page_charts
+from tables import Row, write
 
 DRAW = pathlib.Path(__file__).with_name("draw_charts.mjs")
 SVG = "{http://www.w3.org/2000/svg}"
@@ -59,6 +60,17 @@ def test_report_draws_every_chart(page):
 @needs_node
 def test_comparison_draws_every_chart(compared_page):
     expect_drawn(compared_page(), page_charts.COMPARISON)
+
+
+@pytest.mark.parametrize("end, shown", [(2, ["", "", "", "too short"]), (4, ["42.7", "44.7", "32.0", "50.0 %"])])
+def test_a_test_too_short_to_tell_has_no_speed_of_all_together(charts, ctl, end, shown):
+    # Of three seconds each two together: 64 MiB by three, times two, by two.
+    rows = [Row(end=end - late, host=host, ms=1000 * (end - 1)) for late, host in enumerate(("south", "north"))]
+    write(ctl.folder / "a.csv", rows[::-1])
+    done = ctl.run("report", "a.csv", "--html", "a.html")
+    assert done.returncode in (0, 1), done.stderr
+    section = (ctl.folder / "a.html").read_text().split('<section id="tests">')[1]
+    assert re.findall(r'<td class="number">(.*?)</td>', section.split("</table>")[0])[-4:] == shown
 
 
 @needs_node

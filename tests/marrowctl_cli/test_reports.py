@@ -65,6 +65,24 @@ def test_expected_clients(ctl, hosts, complete, missing):
     assert [each["name"] for each in found["suspicions"] if missing] == ["missing-hosts"] * len(missing)
 
 
+@pytest.mark.parametrize("hosts, clients, strangers", [
+    ("c0[1-4]", "4 of 4 clients, 20 rows, ", "c05"), ("d01,c01", "1 of 2 clients, 20 rows, ", "c02, c03, c04, c05"),
+    ("d01", "0 of 1 client, 20 rows, ", "c01, c02, c03, c04, c05")])
+def test_clients_that_are_not_expected_are_named(ctl, hosts, clients, strangers):
+    write(ctl.folder / "a.csv", perfect_fleet())
+    pattern = ("--host-pattern", "data_([^/]*)/")
+    said = " ".join(ctl.run("report", "a.csv", "--hosts", hosts, *pattern).stdout.split())
+    assert said.startswith(clients) and f"; not expected {strangers}." in said, said
+    more = " ".join(ctl.run("report", "a.csv", "--hosts", hosts, "--clients", "5", *pattern).stdout.split())
+    assert more.startswith("5 of 5 clients") and "not expected" not in more
+
+
+def test_rows_without_a_name_are_none_of_the_expected_clients(ctl):
+    write(ctl.folder / "a.csv", perfect_fleet())
+    said = " ".join(ctl.run("report", "a.csv", "--hosts", "d01").stdout.split())
+    assert said.startswith("0 of 1 client, 20 rows, ") and "; missing d01." in said, said
+
+
 SETTINGS = "posix;0;0;0;64;0;65536;4;0;MEMORY;/share/data_[host]/file_[iter].bin;;results.csv;true\n"
 
 
@@ -327,6 +345,14 @@ def test_reads_from_the_clients_own_memory_are_suspected(ctl):
     assert names == ["client-cache"]
     names = [each["name"] for each in report(ctl, path, "--link", "40M")["suspicions"]]
     assert names == ["impossible-rate", "client-cache"]
+
+
+@pytest.mark.parametrize("last, is_suspected", [(5000, False), (4500, True)])
+def test_a_first_iteration_is_held_against_the_median_of_the_later_ones(ctl, last, is_suspected):
+    # 1.46 and 1.56 times as fast.
+    rows = [Row(end=10 * (index + 1), ms=ms, iteration=index) for index, ms in enumerate((9000, 8000, last))]
+    found = report(ctl, write(ctl.folder / "a.csv", rows))
+    assert ("first-iteration" in [each["name"] for each in found["suspicions"]]) is is_suspected
 
 
 def test_a_lock_that_was_left_is_told(ctl):

@@ -232,6 +232,17 @@ def test_rows_that_are_lost_are_missed(runner):
     done = runner.run("a.bst")
     assert (done.status, done.verdict[:29]) == (1, "1 of 1 client, 1 of 2 rows, n"), done.output + done.messages
     assert "row lost" in done.console
+    assert f"marrowctl run: 1 row lost: {runner.folder}/file/results.csv: " in done.messages
+
+
+def test_a_run_whose_rows_were_all_lost_has_failed(runner):
+    (runner.folder / "file").write_text("")
+    runner.write("a.bst", "# marrowctl: allow folder-refused table-is-special path-too-long\n"
+                 + 2 * runner.line("one.bin", table="file/results.csv"))
+    done = runner.run("a.bst")
+    assert (done.status, done.output) == (2, "")
+    assert f"marrowctl run: 2 rows lost, the first one: {runner.folder}/file/results.csv: " in done.messages
+    assert "marrowctl run: none of its rows was found in its tables\n" in done.messages
 
 
 def test_error_rows_are_told(runner):

@@ -1,3 +1,6 @@
+#include <fmt/format.h>
+
+#include <iterator>
 #include <string>
 
 #include "marrowctl/main/commands.h"
@@ -7,14 +10,26 @@
 #include "marrowctl/report/compare.h"
 #include "marrowctl/report/page/compare_page.h"
 #include "marrowctl/support/terminal.h"
+#include "marrowctl/support/units.h"
 
 namespace marrowbench::ctl {
 namespace {
 
+// A script that asks whether anything is slower is not to take silence for a no.
+std::string notJudged(const Comparison& comparison) {
+  const std::int64_t few = countOfTooFewRows(comparison);
+  if (few == 0) return {};
+  return fmt::format(
+      "marrowctl compare: --fail-if-slower can't judge {} of {}: fewer than 5 rows with a speed on "
+      "a side\n",
+      shownCount(few), shownCount(std::ssize(comparison.tests), "test"));
+}
+
 Outcome printed(const Comparison& comparison, const CompareCommand& command) {
   const bool isLoss = command.failIfSlower && hasLoss(comparison, *command.failIfSlower);
   return {isLoss ? isSlower : done,
-          command.isJson ? compareJson(comparison) : compareText(comparison, styleOf(stdout)), ""};
+          command.isJson ? compareJson(comparison) : compareText(comparison, styleOf(stdout)),
+          command.failIfSlower ? notJudged(comparison) : ""};
 }
 
 }  // namespace

@@ -29,6 +29,7 @@
 #include "marrowctl/run/measurement.h"
 #include "marrowctl/support/program_path.h"
 #include "marrowctl/support/terminal.h"
+#include "marrowctl/support/units.h"
 #include "marrowctl/support/utf8.h"
 #include "paths/host_name.h"
 #include "support/clock.h"
@@ -152,8 +153,9 @@ class Run {
     ReadOutcome read;
     if (!reading.tables.empty()) read = readTables("run", std::move(reading));
     const bool isRead = own.found() > 0 && read.problem.empty();
-    Outcome outcome = isRead ? judged(std::move(read), own) : withoutRows(own, read);
-    outcome.messages = endOf(measurement.end()) + outcome.messages;
+    const ConsoleFollower& console = measurement.console();
+    Outcome outcome = isRead ? judged(std::move(read), own) : withoutRows(own, console, read);
+    outcome.messages = endOf(measurement.end()) + lossOf(console) + outcome.messages;
     outcome.status = statusOf(measurement.end(), outcome.status);
     return outcome;
   }
@@ -179,10 +181,19 @@ class Run {
     return outcome;
   }
 
-  static Outcome withoutRows(const OwnRows& own, const ReadOutcome& read) {
-    if (own.expected() == 0) return {done, "", "marrowctl run: it added no row to a table\n"};
+  static Outcome withoutRows(const OwnRows& own, const ConsoleFollower& console,
+                             const ReadOutcome& read) {
+    if (own.expected() == 0 && console.rowsLost() == 0)
+      return {done, "", "marrowctl run: it added no row to a table\n"};
     if (!read.problem.empty()) return impossible("run", read.problem);
     return impossible("run", "none of its rows was found in its tables");
+  }
+
+  static std::string lossOf(const ConsoleFollower& console) {
+    if (console.rowsLost() == 0) return {};
+    return fmt::format("marrowctl run: {} lost{}: {}\n", shownCount(console.rowsLost(), "row"),
+                       console.rowsLost() > 1 ? ", the first one" : "",
+                       printable(console.firstLoss()));
   }
 
   [[nodiscard]] std::string endOf(const MeasurementEnd& end) const {

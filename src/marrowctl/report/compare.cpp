@@ -149,6 +149,11 @@ Comparison compare(const ResultSet& before, const ResultSet& after) {
   return comparison;
 }
 
+std::int64_t countOfTooFewRows(const Comparison& comparison) {
+  return std::count_if(comparison.tests.begin(), comparison.tests.end(),
+                       [](const ComparedTest& test) { return !test.low; });
+}
+
 bool hasLoss(const Comparison& comparison, double percent) {
   return std::any_of(
       comparison.tests.begin(), comparison.tests.end(), [percent](const ComparedTest& test) {

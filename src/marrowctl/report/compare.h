@@ -47,6 +47,9 @@ struct Comparison {
 /// The verdict in a sentence: "3 tests in both: 1 slower, 2 the same."
 [[nodiscard]] std::string summaryOf(const Comparison& comparison);
 
+/// Tests with too few rows on a side, fewer than 5 with a speed, to tell any difference.
+[[nodiscard]] std::int64_t countOfTooFewRows(const Comparison& comparison);
+
 /// True when a test is slower by more than so many percent.
 [[nodiscard]] bool hasLoss(const Comparison& comparison, double percent);
 

@@ -74,6 +74,14 @@ class Judge {
       clients.expected = std::max(options.clients, clients.expected.value_or(0));
     std::copy_if(expected.begin(), expected.end(), std::back_inserter(clients.missing),
                  [this](const std::string& name) { return !contains(found, name); });
+    wantedFound = clients.found;
+    // More clients than names: some may have any name.
+    if (expected.empty() || clients.expected != static_cast<std::int64_t>(expected.size())) return;
+    wantedFound = std::ssize(expected) - std::ssize(clients.missing);
+    std::copy_if(found.begin(), found.end(), std::back_inserter(strangers),
+                 [this](const std::string& name) {
+                   return name != kUnknownHost && !contains(expected, name);
+                 });
   }
 
   void countRows() {
@@ -155,7 +163,7 @@ class Judge {
 
   [[nodiscard]] std::string sentence() const {
     const RowCount& rows = report.rows;
-    std::string text = countOf(report.clients.found, report.clients.expected, "client");
+    std::string text = countOf(wantedFound, report.clients.expected, "client");
     text += ", " + countOf(rows.read, rows.expected, "row");
     text += ", " + (rows.errors == 0 ? "no error row" : shownCount(rows.errors, "error row"));
     text += ", " + (rows.nullData == 0 ? "no null data"
@@ -179,6 +187,7 @@ class Judge {
     add(verdict.clean ? "clean" : "not clean");
     if (!report.clients.missing.empty()) text += "; missing " + shownNames(report.clients.missing);
     if (!withoutMarker.empty()) text += "; no done marker of " + shownNames(withoutMarker);
+    if (!strangers.empty()) text += "; not expected " + shownNames(strangers);
     return text;
   }
 
@@ -186,6 +195,8 @@ class Judge {
   const ReportOptions& options;
   const std::vector<std::string> found;
   std::vector<std::string> expected;
+  std::vector<std::string> strangers;  // they have rows, and the clients were named without them
+  std::int64_t wantedFound = 0;        // clients with rows that are no strangers
   std::vector<std::string> withoutMarker;
   bool lacksMarkers = false;
   std::int64_t missingRows = 0;

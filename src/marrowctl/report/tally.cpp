@@ -176,12 +176,13 @@ void setStragglers(TestReport& test) {
             [](const Straggler& a, const Straggler& b) { return a.ratio < b.ratio; });
 }
 
-// The upper of two in the middle.
 double medianOf(std::vector<float>& speeds) {
   if (speeds.empty()) return 0;
   const auto middle = speeds.begin() + static_cast<std::ptrdiff_t>(speeds.size() / 2);
   std::nth_element(speeds.begin(), middle, speeds.end());
-  return static_cast<double>(*middle);
+  const double upper = *middle;
+  if (speeds.size() % 2 == 1) return upper;
+  return (upper + static_cast<double>(*std::max_element(speeds.begin(), middle))) / 2;
 }
 
 void appendAsFloats(std::span<const double> from, std::vector<float>& speeds) {

@@ -102,6 +102,7 @@ void ConsoleFollower::takeLine(std::string_view line) {
   if (line.starts_with(kFileFront)) return beginFile(line);
   if (line.starts_with(kRowLost) && !all.empty()) {
     all.back().rowLost = true;
+    if (lost++ == 0) loss = line.substr(kRowLost.size());
   } else if (phaseNow == RunPhase::waitingForFile) {
     takeLineOfWait();
   } else if (phaseNow == RunPhase::reading && line.starts_with(kWaiting)) {

@@ -55,6 +55,10 @@ class ConsoleFollower {
   [[nodiscard]] std::int32_t iterationsDone() const { return done; }
   /// All that are done, of all tests, in their order.
   [[nodiscard]] const std::vector<RunIteration>& iterations() const { return all; }
+  /// Rows that the program said did not get into their table.
+  [[nodiscard]] std::int64_t rowsLost() const { return lost; }
+  /// Of the first of them: its table and the reason, "/srv/t.csv: still locked by another client".
+  [[nodiscard]] const std::string& firstLoss() const { return loss; }
 
  private:
   void takeLine(std::string_view line);
@@ -68,6 +72,8 @@ class ConsoleFollower {
   std::vector<RunIteration> all;
   std::string rest;    // of a line whose end has not come yet
   std::string report;  // the last row of the current test
+  std::string loss;    // table and reason of the first row that was lost
+  std::int64_t lost = 0;
   std::int64_t dots = 0;
   std::int64_t waitSeconds = 0;
   std::int32_t test = -1;

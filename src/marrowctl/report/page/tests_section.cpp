@@ -20,12 +20,9 @@ std::string overlapText(const TestReport& test) {
   return test.isTooShort ? "too short" : shownPercent(*test.overlap);
 }
 
-std::string rateText(const std::optional<Rate>& rate) {
-  return rate ? shownSpeed(rate->mibPerSecond) : "";
-}
-
-std::string megabytesText(const std::optional<Rate>& rate) {
-  return rate ? shownSpeed(rate->mibPerSecond * kMegabytesOfMebibyte) : "";
+// Dates have whole seconds: of a test that is too short they make any speed.
+std::string rateText(const TestReport& test, const std::optional<Rate>& rate, double unit = 1) {
+  return rate && !test.isTooShort ? shownSpeed(rate->mibPerSecond * unit) : "";
 }
 
 std::string countText(std::int64_t count) { return count == 0 ? "" : shownCount(count); }
@@ -41,8 +38,9 @@ void addTest(HtmlTable& table, const std::string& name, const TestReport& test) 
   table.add({name, shownCount(clients), shownCount(test.rows), countText(test.errors),
              countText(test.nullData), shownSpeed(speed.min), shownSpeed(speed.p25),
              shownSpeed(speed.median), shownSpeed(speed.p75), shownSpeed(speed.max),
-             speed.cv ? shownPercent(*speed.cv) : "", rateText(test.allActive),
-             megabytesText(test.allActive), rateText(test.toTheLast), overlapText(test)});
+             speed.cv ? shownPercent(*speed.cv) : "", rateText(test, test.allActive),
+             rateText(test, test.allActive, kMegabytesOfMebibyte), rateText(test, test.toTheLast),
+             overlapText(test)});
 }
 
 }  // namespace
