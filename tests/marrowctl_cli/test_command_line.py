@@ -99,6 +99,15 @@ def test_wrong_usage_is_told_with_what_was_meant(ctl, arguments, message):
     assert where == f"See: {message.split(':')[0]} --help"
 
 
+@pytest.mark.parametrize("words", [["compare", "a.csv", "b.csv", "--fail-if-slower"], ["report", "a.csv", "--hosts"],
+                                   ["report", "a.csv", "--done"], ["sweep", "--output"], ["run", "a.bst", "--html"]])
+def test_an_option_with_an_empty_word_is_not_taken_for_none(ctl, words):
+    done = ctl.run(*words, "")
+    assert (done.returncode, done.stdout) == (64, "")
+    assert done.stderr == (f"marrowctl {words[0]}: {words[-1]}: nothing is given\n"
+                           f"See: marrowctl {words[0]} --help\n")
+
+
 def files_and_hosts(done):
     document = json.loads(done.stdout)
     hosts = {path["host"]: None for file in document["files"] for line in file["lines"]

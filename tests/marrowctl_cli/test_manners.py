@@ -13,6 +13,7 @@ import termios
 import pytest
 
 from conftest import COMMAND
+from tables import perfect_fleet, write
 
 BAD = "posix;0;0;0;x;0;128;1;0;MEMORY;{0}/out.bin;{0}/log.txt;{0}/results.csv;true\n"
 WARNED = "posix;0;0;0;64;0;128;0;0;MEMORY;{0}/out.bin;{0}/log.txt;{0}/results.csv;true\n"
@@ -207,3 +208,11 @@ def test_the_width_is_that_of_the_terminal_or_100(ctl, arguments):
     assert wide <= 100
     if "--summary" not in arguments:
         assert 70 < widths[1] and 90 < wide and 100 < widths[2]
+
+
+@pytest.mark.parametrize("columns", [40, 71, 72])
+def test_the_answers_of_a_report_fit_a_narrow_terminal(ctl, columns):
+    write(ctl.folder / "a.csv", perfect_fleet())
+    text = on_a_terminal(ctl, "report", "a.csv", columns=columns).split("Speed of one client")[0]
+    assert longest(text) <= max(columns, 2 + 38 + len("cannot tell"))
+    assert text.count("cannot tell") == 1 and "--settings" in text

@@ -206,6 +206,70 @@ def test_a_system_row_moves_nothing(ctl):
     expect_figures(found["tests"][0], rows[:-1])
 
 
+def text_of(ctl, *arguments):
+    return " ".join(ctl.run("report", *arguments).stdout.split())
+
+
+def test_who_is_left_out_is_not_called_active(ctl):
+    rows = [row for row in perfect_fleet() if row.host != "c02" or row.iteration == 0]
+    ctl.write("run.bst", SETTINGS)
+    write(ctl.folder / "a.csv", rows)
+    text = text_of(ctl, "a.csv", "--settings", "run.bst")
+    counted = rates(rows, ["c02"])["allActive"]["mibPerSecond"]
+    assert f" 4 of 5 active: {counted:.1f} MiB/s" in text, text
+    assert " without c02: too many rows failed or are missing " in text
+    assert "without" not in text_of(ctl, write(ctl.folder / "b.csv", perfect_fleet()), "--settings", "run.bst")
+
+
+def test_rows_that_are_missing_are_named(ctl):
+    rows = [row for row in perfect_fleet() if (row.host, row.iteration) not in (("c03", 2), ("c04", 0), ("c04", 1))]
+    ctl.write("run.bst", SETTINGS)
+    write(ctl.folder / "a.csv", rows)
+    text = text_of(ctl, "a.csv", "--settings", "run.bst", "--hosts", "c0[1-5]")
+    name = "of Posix write, 64 KiB chunks, 64 MiB files"
+    assert f" Rows that are missing c03: 1 of 4 rows {name} c04: 2 of 4 rows {name} A row is" in text, text
+
+
+def test_of_many_missing_rows_the_first_are_named(ctl):
+    ctl.write("run.bst", SETTINGS)
+    write(ctl.folder / "a.csv", [row for row in perfect_fleet(clients=12) if row.iteration])
+    assert " c10: 1 of 4 rows of Posix write, 64 KiB chunks, 64 MiB files and 2 more " in text_of(
+        ctl, "a.csv", "--settings", "run.bst")
+
+
+def test_null_data_is_told_with_its_place(ctl):
+    rows = perfect_fleet(clients=1)
+    rows[2].null = "4096"
+    write(ctl.folder / "a.csv", rows)
+    assert (" Rows with null data a.csv:6: zeros in front of byte 4,096 of /share/data_c01/file_2.bin (?) "
+            in text_of(ctl, "a.csv")), text_of(ctl, "a.csv")
+    rows[2].type, rows[2].source, rows[2].dest = "Read", "/share/read.bin", "MEMORY"
+    write(ctl.folder / "a.csv", rows)
+    assert "byte 4,096 of /share/read.bin" in text_of(ctl, "a.csv")
+
+
+def test_a_transfer_without_time_is_not_called_nothing(ctl):
+    write(ctl.folder / "a.csv", [Row(end=1, ms=0)])
+    assert " 0 ms, or nothing moved 1" in text_of(ctl, "a.csv")
+    write(ctl.folder / "a.csv", [Row(end=1, error="ERROR: no")])
+    assert " nothing was moved 1" in text_of(ctl, "a.csv")
+
+
+def test_a_test_too_short_to_tell_is_not_said_to_be_concurrent(ctl):
+    short = [Row(end=60, host=host, chunk=1024) for host in ("c01", "c02", "c03", "c04", "c05")]
+    write(ctl.folder / "a.csv", perfect_fleet() + short)
+    assert "yes in each test of 3 s or more all were active" in text_of(ctl, "a.csv")
+
+
+@pytest.mark.parametrize("kind, name", [("Write", "Posix write, 64 KiB chunks, 1 KiB files"),
+                                        ("Read", "Posix read, 64 KiB chunks"), ("Copy", "Posix copy, 64 KiB chunks")])
+def test_only_what_is_written_has_its_size_in_its_name(ctl, kind, name):
+    cells = Row(end=10, type=kind).text().split(",")
+    cells[HEADER.split(",").index("Filesize KiB")] = "1"
+    (test,) = report(ctl, write(ctl.folder / "a.csv", [",".join(cells)]))["tests"]
+    assert test["name"] == name
+
+
 def test_null_data_is_not_clean(ctl):
     rows = perfect_fleet()
     rows[7].null = "4096"

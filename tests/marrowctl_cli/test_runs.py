@@ -245,6 +245,25 @@ def test_a_run_whose_rows_were_all_lost_has_failed(runner):
     assert "marrowctl run: none of its rows was found in its tables\n" in done.messages
 
 
+def test_a_program_that_does_nothing_has_failed(runner):
+    runner.write("a.bst", runner.line("one.bin"))
+    done = runner.run("a.bst", "--marrowbench", "/bin/true")
+    assert (done.status, done.output) == (2, "")
+    assert "marrowctl run: none of its rows was found in its tables\n" in done.messages
+
+
+def test_rounds_without_end_are_never_called_complete(runner):
+    runner.write("a.bst", runner.line("one.bin", wait=20, iterations=2) + "[cfgPath]a.bst\n")
+    process = runner.start("a.bst")
+    table = runner.folder / "results.csv"
+    wait_until(lambda: table.exists() and table.read_text().count("\n\n") > 4)
+    process.send_signal(signal.SIGINT)
+    output, _ = process.communicate(timeout=60)
+    assert process.returncode == 128 + signal.SIGINT
+    assert re.match(r"1 of 1 client, \d+ rows, no error row, no null data: whether all is there cannot be\s+told, clean",
+                    output), output
+
+
 def test_error_rows_are_told(runner):
     # AnsiC overwrites nothing.
     runner.write("data.bin", "")

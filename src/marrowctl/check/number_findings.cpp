@@ -75,6 +75,11 @@ bool isWholeCopy(const SurveyedTest& test) {
   return test.test().type == TestType::copy && test.test().used.chunkSize < 0;
 }
 
+// Of 0, which is one step for all other tests.
+bool takesDefault(const SurveyedTest& test) {
+  return test.test().type == TestType::copy && test.test().method != Method::stream;
+}
+
 void addNegative(const SurveyedTest& test, Field field, FindingList& findings) {
   if (writtenIn(test, field) >= 0) return;
   const bool isStreamCopy =
@@ -83,8 +88,10 @@ void addNegative(const SurveyedTest& test, Field field, FindingList& findings) {
   if (field == Field::chunkWait) effect = "there is no pause";
   if (field == Field::chunkSize) effect = "the file is moved in one step";
   if (field == Field::iterations) effect = "the test is not run";
-  const std::string_view remedy =
-      field == Field::chunkSize ? "write 0 for one step, or the KiB of a chunk" : "write 0 or more";
+  std::string_view remedy = "write 0 or more";
+  if (field == Field::chunkSize)
+    remedy = takesDefault(test) ? "write the KiB of a chunk; 0 is 1024 for this copy"
+                                : "write 0 for one step, or the KiB of a chunk";
   Finding& finding = findings.onField(
       "negative-size", test, field,
       {fmt::format("{} is negative: {}", nameOf(field), effect), std::string(remedy)});

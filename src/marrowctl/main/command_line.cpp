@@ -30,6 +30,9 @@ std::int64_t numberFrom(const std::string& flag, const std::string& text, std::i
   throw CLI::ValidationError(flag, fmt::format("{} is no number from {} to {}", text, least, most));
 }
 
+// A script's variable that is not set must not look as if the option were not given.
+std::string refuseEmpty(const std::string& text) { return text.empty() ? "nothing is given" : ""; }
+
 }  // namespace
 
 // An App for each subcommand, and none around them: inside of one, a file whose name is that of a
@@ -40,7 +43,7 @@ struct OptionSet::Parts {
   const char* arguments = "";
 
   CLI::Option* add(const char* flag, std::string& value, const char* type, const char* help) {
-    return app.add_option(flag, value, help)->type_name(type);
+    return app.add_option(flag, value, help)->type_name(type)->check(refuseEmpty);
   }
 
   [[nodiscard]] std::string unknown(const std::string& word) const {
@@ -92,7 +95,11 @@ void OptionSet::choice(const char* name, std::string& value, const char* type, c
 void OptionSet::names(const char* name, std::vector<std::string>& values, const char* type,
                       const char* help) {
   // One name for each flag: what follows is a file.
-  parts->app.add_option(name, values, help)->type_name(type)->allow_extra_args(false)->take_all();
+  parts->app.add_option(name, values, help)
+      ->type_name(type)
+      ->allow_extra_args(false)
+      ->take_all()
+      ->check(refuseEmpty);
 }
 
 void OptionSet::number(const char* name, std::int64_t& value, std::int64_t least, std::int64_t most,

@@ -153,9 +153,9 @@ class Run {
     ReadOutcome read;
     if (!reading.tables.empty()) read = readTables("run", std::move(reading));
     const bool isRead = own.found() > 0 && read.problem.empty();
-    const ConsoleFollower& console = measurement.console();
-    Outcome outcome = isRead ? judged(std::move(read), own) : withoutRows(own, console, read);
-    outcome.messages = endOf(measurement.end()) + lossOf(console) + outcome.messages;
+    Outcome outcome =
+        isRead ? judged(std::move(read), own) : withoutRows(own, measurement.end(), read);
+    outcome.messages = endOf(measurement.end()) + lossOf(measurement.console()) + outcome.messages;
     outcome.status = statusOf(measurement.end(), outcome.status);
     return outcome;
   }
@@ -181,9 +181,10 @@ class Run {
     return outcome;
   }
 
-  static Outcome withoutRows(const OwnRows& own, const ConsoleFollower& console,
-                             const ReadOutcome& read) {
-    if (own.expected() == 0 && console.rowsLost() == 0)
+  [[nodiscard]] Outcome withoutRows(const OwnRows& own, const MeasurementEnd& end,
+                                    const ReadOutcome& read) const {
+    const bool hasTables = checked.totals.rowsPerClient > 0 && end.signal == 0;
+    if (own.expected() == 0 && !hasTables)
       return {done, "", "marrowctl run: it added no row to a table\n"};
     if (!read.problem.empty()) return impossible("run", read.problem);
     return impossible("run", "none of its rows was found in its tables");

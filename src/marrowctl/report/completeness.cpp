@@ -90,7 +90,7 @@ class Judge {
       report.rows.errors += test.errors;
       report.rows.nullData += test.nullData;
     }
-    if (!report.results.knowsSettings) return;
+    if (!report.results.knowsSettings || hasNoEnd()) return;
     const std::int64_t clients = report.clients.expected.value_or(report.clients.found);
     std::int64_t perClient = 0;
     for (std::size_t i = 0; i < report.tests.size(); ++i) {
@@ -99,6 +99,12 @@ class Judge {
       countMissing(report.tests[i], rows, clients);
     }
     report.rows.expected = perClient * clients;
+  }
+
+  // Settings files that lead back to the first one, of which several rounds are judged together.
+  [[nodiscard]] bool hasNoEnd() const {
+    return options.plan != nullptr && report.results.runs.judged > 1 &&
+           std::ranges::any_of(options.plan->files, &PlannedFile::chainsBack);
   }
 
   void countMissing(const TestReport& test, std::int64_t rows, std::int64_t clients) {

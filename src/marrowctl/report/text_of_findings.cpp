@@ -1,6 +1,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <set>
+#include <vector>
 
 #include "marrowctl/report/completeness.h"
 #include "marrowctl/report/text_parts.h"
@@ -12,6 +15,8 @@ namespace marrowbench::ctl {
 namespace {
 
 constexpr int kMargin = 4;
+// Columns of a terminal on which the reason of an answer stands behind it, not below.
+constexpr int kLeastForReasons = 72;
 // Of one kind; --json has them all.
 constexpr std::size_t kMostShown = 10;
 
@@ -38,6 +43,9 @@ std::string answerLine(const char* question, std::optional<bool> answer, const s
   const char* word = "cannot tell";
   if (answer) word = *answer ? "yes" : "no";
   const std::string front = fmt::format("  {:<38}", question);
+  if (style.width < kLeastForReasons) {
+    return front + toned(word, toneOf(answer), style) + "\n" + wrapped(why, kMargin, style.width);
+  }
   std::string lines = wrapped(fmt::format("{:<12} {}", word, why), kMargin + 36, style.width);
   lines.erase(0, kMargin + 36);
   const std::string_view shown(word);
@@ -54,6 +62,9 @@ std::string whyComplete(const Report& report) {
 }
 
 std::string whyConcurrent(const Report& report) {
+  const bool isAnyTooShort = std::ranges::any_of(report.tests, &TestReport::isTooShort);
+  if (report.verdict.concurrent == true && isAnyTooShort)
+    return "in each test of 3 s or more all were active half of the time or more";
   if (report.verdict.concurrent == true)
     return "in each test all were active half of the time or more";
   if (report.verdict.concurrent == false)
@@ -83,6 +94,22 @@ std::string unknownHostsText(const Report& report, const TextStyle& style) {
       "Nothing in the tables names the client of some rows, shown as \"?\": --hosts or "
       "--host-pattern tell where names stand; put [host] into the paths next time.",
       2, style.width);
+}
+
+// Those with rows in the judged runs that have a name.
+std::vector<std::uint32_t> namedHosts(const Report& report) {
+  std::set<std::uint32_t> hosts;
+  for (const TestReport& test : report.tests) {
+    for (const ClientReport& client : test.clients) {
+      if (report.results.hosts[client.host] != kUnknownHost) hosts.insert(client.host);
+    }
+  }
+  return {hosts.begin(), hosts.end()};
+}
+
+std::int64_t rowsOf(const TestReport& test, std::uint32_t host) {
+  const auto client = std::ranges::find(test.clients, host, &ClientReport::host);
+  return client == test.clients.end() ? 0 : client->rows;
 }
 
 // Both ends of the time in which all were active are known to a second.
@@ -136,6 +163,48 @@ std::string suspicionsText(const Report& report, const TextStyle& style) {
   }
   if (text.empty()) return {};
   return titleText("What makes figures doubtful", style) + text + more(report.suspicions.size());
+}
+
+std::string missingRowsText(const Report& report, const TextStyle& style) {
+  if (!report.rows.expected || report.verdict.complete != false) return {};
+  std::string text;
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < report.tests.size(); ++i) {
+    const std::int64_t expected = report.results.tests[i].expectedRows;
+    for (const std::uint32_t host : namedHosts(report)) {
+      const std::int64_t missing = expected - rowsOf(report.tests[i], host);
+      if (missing <= 0 || ++count > kMostShown) continue;
+      text += hanging(fmt::format("{}: {} of {} of {}", printable(report.results.hosts[host]),
+                                  shownCount(missing), shownCount(expected, "row"),
+                                  printable(report.results.tests[i].name)),
+                      style.width);
+    }
+  }
+  if (text.empty()) return {};
+  if (count > kMostShown)
+    text += "  and " + shownCount(static_cast<std::int64_t>(count - kMostShown)) + " more\n";
+  return titleText("Rows that are missing", style) + text;
+}
+
+std::string damagedRowsText(const Report& report, const TextStyle& style) {
+  if (report.rows.nullData == 0) return {};
+  std::string text;
+  std::size_t count = 0;
+  for (RowCursor rows(report.results); rows.next();) {
+    const ResultRow& row = rows.row();
+    if (row.nullPosition <= 0 || ++count > kMostShown) continue;
+    const bool isRead = report.results.tests[row.test].parameters.type == TestType::read;
+    text += hanging(
+        fmt::format("{}:{}: zeros in front of byte {} of {} ({})",
+                    printable(report.results.files[row.file].path), row.line,
+                    shownCount(row.nullPosition), printable(isRead ? rows.source() : rows.dest()),
+                    printable(report.results.hosts[row.host])),
+        style.width);
+  }
+  if (count > kMostShown)
+    text += fmt::format("  and {} more: --tidy has all\n",
+                        shownCount(static_cast<std::int64_t>(count - kMostShown)));
+  return titleText("Rows with null data", style) + text;
 }
 
 std::string badRowsText(const Report& report, const TextStyle& style) {

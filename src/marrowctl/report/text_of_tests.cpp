@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <map>
+#include <vector>
 
+#include "marrowctl/report/completeness.h"
 #include "marrowctl/report/text_parts.h"
 #include "marrowctl/support/units.h"
 #include "marrowctl/support/utf8.h"
@@ -25,6 +28,15 @@ int barColumns(const TextStyle& style) {
 
 std::string percent(double share) { return fmt::format("{:.0f} %", std::floor(share * 100)); }
 
+// The clients that do not count in what all got together.
+std::vector<std::uint32_t> leftOutOf(const TestReport& test) {
+  std::vector<std::uint32_t> hosts;
+  for (const ClientReport& client : test.clients) {
+    if (client.isLeftOut) hosts.push_back(client.host);
+  }
+  return hosts;
+}
+
 // What the clients got together, and the same as links are named.
 std::string togetherText(const TestReport& test) {
   const auto clients = static_cast<std::int64_t>(test.clients.size());
@@ -32,8 +44,26 @@ std::string togetherText(const TestReport& test) {
   if (test.isTooShort) return shownCount(clients) + " clients, too short to tell";
   if (!test.allActive) return shownCount(clients) + " clients, never all at once";
   const double speed = test.allActive->mibPerSecond;
-  return fmt::format("all {} active: {} MiB/s = {} MB/s", shownCount(clients), shownSpeed(speed),
+  const auto left = static_cast<std::int64_t>(leftOutOf(test).size());
+  const std::string who = left == 0 ? "all " + shownCount(clients)
+                                    : shownCount(clients - left) + " of " + shownCount(clients);
+  return fmt::format("{} active: {} MiB/s = {} MB/s", who, shownSpeed(speed),
                      shownSpeed(speed * kMibInMb));
+}
+
+std::string leftOutText(const Report& report, const TestReport& test, const TextStyle& style) {
+  std::vector<std::string> names;
+  for (const std::uint32_t host : leftOutOf(test)) names.push_back(report.results.hosts[host]);
+  if (names.empty() || !test.allActive || test.isTooShort) return {};
+  return wrapped("without " + shownNames(names) + ": too many rows failed or are missing", 2,
+                 style.width);
+}
+
+// Why a test has no speed.
+const char* withoutSpeed(const Report& report, std::size_t test) {
+  const bool isSystem = report.results.tests[test].parameters.method == Method::system;
+  const bool hasFailed = report.tests[test].errors == report.tests[test].rows;
+  return isSystem || hasFailed ? "nothing was moved" : "0 ms, or nothing moved";
 }
 
 std::string headOf(const std::string& name, const TestReport& test, const TextStyle& style) {
@@ -47,10 +77,12 @@ std::string headOf(const std::string& name, const TestReport& test, const TextSt
   return text + "\n" + rightIn(together, style.width) + "\n";
 }
 
-std::string figuresOf(const TestReport& test, double fastest, const TextStyle& style) {
+std::string figuresOf(const Report& report, std::size_t index, double fastest,
+                      const TextStyle& style) {
+  const TestReport& test = report.tests[index];
   std::string text =
       "  " + (test.mibPerSecond ? bar(test.mibPerSecond->median / fastest, barColumns(style), style)
-                                : leftIn("nothing was moved", barColumns(style)));
+                                : leftIn(withoutSpeed(report, index), barColumns(style)));
   text += rightIn(shownCount(test.rows), kRowColumns);
   if (!test.mibPerSecond) return text + "\n";
   const Spread& s = *test.mibPerSecond;
@@ -109,7 +141,8 @@ std::string testsText(const Report& report, const TextStyle& style) {
   const double fastest = fastestMedian(report);
   for (std::size_t i = 0; i < report.tests.size(); ++i) {
     text += headOf(report.results.tests[i].name, report.tests[i], style);
-    text += figuresOf(report.tests[i], fastest, style);
+    text += figuresOf(report, i, fastest, style);
+    text += leftOutText(report, report.tests[i], style);
   }
   return text;
 }

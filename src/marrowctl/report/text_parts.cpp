@@ -60,6 +60,7 @@ std::string titleText(std::string_view title, const TextStyle& style) {
 std::string reportText(const Report& report, const TextStyle& style) {
   return verdictText(report, style) + testsText(report, style) + interfacesText(report, style) +
          stragglersText(report, style) + suspicionsText(report, style) +
+         missingRowsText(report, style) + damagedRowsText(report, style) +
          badRowsText(report, style) + legendText(report, style);
 }
 

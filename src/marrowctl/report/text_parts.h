@@ -16,6 +16,8 @@ namespace marrowbench::ctl {
 [[nodiscard]] std::string interfacesText(const Report& report, const TextStyle& style);
 [[nodiscard]] std::string stragglersText(const Report& report, const TextStyle& style);
 [[nodiscard]] std::string suspicionsText(const Report& report, const TextStyle& style);
+[[nodiscard]] std::string missingRowsText(const Report& report, const TextStyle& style);
+[[nodiscard]] std::string damagedRowsText(const Report& report, const TextStyle& style);
 [[nodiscard]] std::string badRowsText(const Report& report, const TextStyle& style);
 [[nodiscard]] std::string legendText(const Report& report, const TextStyle& style);
 

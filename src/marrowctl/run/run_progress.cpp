@@ -26,6 +26,7 @@ std::string fileName(const std::string& path) {
 
 std::string shownResult(const RunIteration& iteration) {
   if (!iteration.error.empty()) return "an error";
+  if (iteration.time == 0 && iteration.mibPerSecond == 0) return "in no time";
   return fmt::format("{:.1f} MiB/s", iteration.mibPerSecond);
 }
 

@@ -57,10 +57,9 @@ std::string pathsOf(const ResultTest& test) {
 std::string nameOfTest(const Parameters& p) {
   std::string name = std::string(nameOf(p.method)) + " " + std::string(nameOf(p.type));
   name += p.chunkBytes > 0 ? ", " + shownSize(p.chunkBytes) + " chunks" : ", in one piece";
-  if (p.fileKib > 0) {
-    name +=
-        ", " + shownSize(p.fileKib * kKib) + (p.type == TestType::write ? " files" : " at most");
-  }
+  // What is read or copied is as large as its source.
+  if (p.fileKib > 0 && p.type == TestType::write)
+    name += ", " + shownSize(p.fileKib * kKib) + " files";
   if (p.flush) name += ", flush";
   if (p.preallocate) name += ", preallocated";
   if (p.chunkWaitMs > 0) name += ", " + shownCount(p.chunkWaitMs) + " ms waits";

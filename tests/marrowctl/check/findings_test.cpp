@@ -369,6 +369,22 @@ TEST(Findings, AreRaisedAtTheirPlace) {
   }
 }
 
+TEST(Findings, AdviseNoChunkThatTheCopyDoesNotTake) {
+  const auto remedy = [](const std::string& line) {
+    SettingsFolder settings;
+    for (const Finding& f : settings.findings(line)) {
+      if (f.name == std::string("negative-size")) return f.remedy;
+    }
+    return std::string();
+  };
+  EXPECT_EQ(remedy("posix;0;0;0;-1;-1;0;1;0;s.bin;d.bin;l;r.csv\n"),
+            "write the KiB of a chunk; 0 is 1024 for this copy");
+  EXPECT_EQ(remedy("posix;0;0;0;-1;-1;0;1;0;s.bin;MEMORY;l;r.csv\n"),
+            "write 0 for one step, or the KiB of a chunk");
+  EXPECT_EQ(remedy("stream;0;0;0;-1;-1;0;1;0;s.bin;d.bin;l;r.csv\n"),
+            "write 0 for one step, or the KiB of a chunk");
+}
+
 TEST(Findings, AreNotRaisedByWhatIsJustRight) {
   for (const Case& c : cases()) {
     SettingsFolder settings;

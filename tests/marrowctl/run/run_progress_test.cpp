@@ -83,6 +83,16 @@ TEST_F(RunProgressTest, DoesNotCountAWaitAsWork) {
             "test 1 of 2, iteration 2 of 2, last row 1.0 MiB/s, 4 s left (Posix write)");
 }
 
+TEST_F(RunProgressTest, ShowsNoSpeedOfARowWithoutTime) {
+  writeFile("a.bst", kTwoTests);
+  RunProgress progress = RunProgressTest::progress();
+  EXPECT_EQ(
+      after(progress,
+            asked("a.bst") + kFound + opening("a.bst", 0) + iteration(summary("0.00s", "0.000")),
+            0),
+      "test 1 of 2, iteration 2 of 2, last row in no time, 0 s left (Posix write)");
+}
+
 TEST_F(RunProgressTest, CountsOnlyWhatTookTimeSinceTheLastLook) {
   // 4 s of data; of all else at the first look nothing is known, at the later one it is 1 s.
   const std::string begun = kFound + opening("a.bst", 0) + iteration(summary("4.00s", "1.000"));
