@@ -13,7 +13,7 @@ import xml.etree.ElementTree
 import pytest
 
 import page_charts
-from tables import Row, write
+from tables import Row, perfect_fleet, write
 
 DRAW = pathlib.Path(__file__).with_name("draw_charts.mjs")
 SVG = "{http://www.w3.org/2000/svg}"
@@ -71,6 +71,14 @@ def test_a_test_too_short_to_tell_has_no_speed_of_all_together(charts, ctl, end,
     assert done.returncode in (0, 1), done.stderr
     section = (ctl.folder / "a.html").read_text().split('<section id="tests">')[1]
     assert re.findall(r'<td class="number">(.*?)</td>', section.split("</table>")[0])[-4:] == shown
+
+
+def test_clients_that_do_not_count_are_told(charts, ctl):
+    rows = perfect_fleet(clients=3) + [Row(end=10, host="c04", error="ERROR: no")]
+    write(ctl.folder / "a.csv", rows)
+    assert ctl.run("report", "a.csv", "--html", "a.html").returncode == 1
+    section = (ctl.folder / "a.html").read_text().split('<section id="tests">')[1]
+    assert re.findall(r'<td class="number">(.*?)</td>', section)[0] == "3 of 4"
 
 
 @needs_node

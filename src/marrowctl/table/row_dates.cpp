@@ -12,6 +12,8 @@ constexpr int kYearZero = 1900;
 // Two leap years can be eight years apart.
 constexpr int kYearsBack = 8;
 constexpr unsigned kHourShift = 12;
+// Clients wait for the lock before they add a row, and clocks differ.
+constexpr std::int64_t kOutOfOrder = 15 * 60;
 
 std::int64_t beginOf(int year) {
   std::tm parts{};
@@ -21,17 +23,19 @@ std::int64_t beginOf(int year) {
   return std::mktime(&parts);
 }
 
-std::optional<std::int64_t> beginOfHour(int year, RowDate date) {
-  const DateParts date_ = partsOf(date);
+// As summer time or not, or as it is (-1); nothing where there is no such hour.
+std::optional<std::int64_t> beginOfHour(int year, const DateParts& date, int isSummer) {
   std::tm parts{};
   parts.tm_year = year - kYearZero;
-  parts.tm_mon = date_.month - 1;
-  parts.tm_mday = date_.day;
-  parts.tm_hour = date_.hour;
-  parts.tm_isdst = -1;
+  parts.tm_mon = date.month - 1;
+  parts.tm_mday = date.day;
+  parts.tm_hour = date.hour;
+  parts.tm_isdst = isSummer;
   const std::int64_t time = std::mktime(&parts);
   // February 29 of other years.
-  if (parts.tm_mday != date_.day) return std::nullopt;
+  if (parts.tm_mday != date.day) return std::nullopt;
+  const bool isMoved = parts.tm_hour != date.hour || parts.tm_min != 0;
+  if (isMoved && isSummer >= 0) return std::nullopt;
   return time;
 }
 
@@ -56,11 +60,21 @@ std::optional<std::int64_t> YearFinder::timeIn(int year, RowDate date) {
   if (year != hourYear || date >> kHourShift != hour) {
     hourYear = year;
     hour = date >> kHourShift;
-    hourBegin = beginOfHour(year, date);
+    findHour(year, partsOf(date));
   }
   if (!hourBegin) return std::nullopt;
   const DateParts parts = partsOf(date);
-  return *hourBegin + std::int64_t{parts.minute} * 60 + parts.second;
+  const std::int64_t inHour = std::int64_t{parts.minute} * 60 + parts.second;
+  const std::int64_t time = *hourBegin + inHour;
+  return hourBefore && time > behind + kOutOfOrder ? *hourBefore + inHour : time;
+}
+
+void YearFinder::findHour(int year, const DateParts& date) {
+  hourBegin = beginOfHour(year, date, 0);
+  hourBefore = beginOfHour(year, date, 1);
+  if (hourBegin && hourBefore) return;
+  hourBegin = beginOfHour(year, date, -1);
+  hourBefore.reset();
 }
 
 void YearFinder::setNewestYear(std::int64_t latest) {
