@@ -89,9 +89,10 @@ void addNegative(const SurveyedTest& test, Field field, FindingList& findings) {
   if (field == Field::chunkSize) effect = "the file is moved in one step";
   if (field == Field::iterations) effect = "the test is not run";
   std::string_view remedy = "write 0 or more";
-  if (field == Field::chunkSize)
+  if (field == Field::chunkSize) {
     remedy = takesDefault(test) ? "write the KiB of a chunk; 0 is 1024 for this copy"
                                 : "write 0 for one step, or the KiB of a chunk";
+  }
   Finding& finding = findings.onField(
       "negative-size", test, field,
       {fmt::format("{} is negative: {}", nameOf(field), effect), std::string(remedy)});

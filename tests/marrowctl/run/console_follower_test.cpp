@@ -89,7 +89,8 @@ TEST(ConsoleFollower, TakesPiecesOfAnyLength) {
   ASSERT_EQ(console.iterations().size(), 1U);
   EXPECT_DOUBLE_EQ(console.iterations()[0].mibPerSecond, 51.2);
   EXPECT_TRUE(console.iterations()[0].rowLost);
-  EXPECT_EQ(console.rowsLost(), 1);
+  console.take(iteration(summary("1.25s", "51.200")) + "marrowbench: row lost: x: z\n");
+  EXPECT_EQ(console.rowsLost(), 2);
   EXPECT_EQ(console.firstLoss(), "x: y");
 }
 
