@@ -278,6 +278,14 @@ def test_detached_client_that_cannot_be_armed_tells_why(fleet):
     assert fleet.processes() == []
 
 
+@pytest.mark.parametrize("program, status", [("/bin/true", 0), ("/bin/false", 1)])
+def test_a_program_that_does_not_wait_is_not_called_armed(fleet, program, status):
+    done = fleet.run("arm", "--program", program, "--detach", host="c1")
+    assert (done.returncode, done.stdout) == (1, "")
+    assert done.stderr.endswith(f"marrowctl fleet arm: {program} did not wait: it has ended, exit status {status}\n")
+    assert fleet.processes() == []
+
+
 @pytest.mark.parametrize("number", SIGNALS)
 def test_a_signal_to_the_shells_process_reaches_the_one_that_leaves(fleet, number):
     fleet.folder.mkdir()

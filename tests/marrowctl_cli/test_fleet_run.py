@@ -124,7 +124,7 @@ def test_a_client_that_is_killed_while_it_holds_the_lock_is_named_with_it(fleet,
     assert "  missing: c03: it is gone: nobody has touched its ready file for 3 min " in done.stderr
     assert re.search(rf"^  {lost + 2} of 8 rows missing, of ", done.stderr, re.MULTILINE), done.stderr
     assert re.search(rf"^  the lock {re.escape(str(lock))} is \d+ s old: no row is appended while it is there\. "
-                     rf'"marrowctl fleet unlock --table {re.escape(str(table))}" shows and removes it$', done.stderr,
+                     rf'"marrowctl fleet unlock --table {re.escape(str(table))}" shows it, and with --age and --yes removes it$', done.stderr,
                      re.MULTILINE)
     assert f"Lock  {lock}\n" in ctl.run("fleet", "unlock", "--table", table).stdout
     assert ctl.run("fleet", "unlock", "--table", table, "--age", "0s", "--yes").returncode == 0

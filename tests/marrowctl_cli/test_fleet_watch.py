@@ -177,6 +177,7 @@ def test_json_follows_its_schema(fleet):
     assert answer["clients"] == {"expected": 2, "ready": 0, "running": 1, "done": 0, "late": 0, "missing": 1}
     assert answer["rows"] == {"expected": 4, "found": 2}
     assert answer["awaited"] == f"{fleet.folder}/monday-2.bst"
+    assert re.search(r":00[+-]\d\d:\d\d$", answer["start"]), "the full minute"
     assert [lock["path"] for lock in answer["locks"]] == [f"{fleet.folder}/results.csv_lock.txt"]
     assert answer["hosts"] == [{"host": "c1", "state": "running", "rows": 2, "markers": 0, "reason": ""}]
     for name in answer:

@@ -222,6 +222,18 @@ def test_a_name_that_was_used_arms_nobody(via):
     done = via.run(*via.words("ssh", via.settings()))
     assert (done.returncode, done.stdout, via.calls()) == (1, "", [])
     assert "mine.bst is there already: a run needs a name of its own" in done.stderr
+    # Nor would another option of publish help.
+    (via.fleet.control / "mine/results.csv").write_text("")
+    done = via.run(*via.words("ssh", via.settings()))
+    assert "of an earlier run there is still a table" in done.stderr and "--again" not in done.stderr
+
+
+def test_clients_that_gave_up_before_publication_are_not_said_to_stay(via):
+    # The best moment is more than half a minute away.
+    done = via.run(*via.words("ssh", via.settings(), "--give-up", "5s"), **clock_at(50))
+    assert (done.returncode, done.stdout) == (1, "")
+    assert "armed before, and ended: c1, c2, c3: gave up after 5 s" in done.stderr
+    assert "armed; without a run" not in done.stderr
 
 
 @pytest.mark.skipif(os.geteuid() != 0, reason="mounting needs root")
@@ -258,7 +270,8 @@ def test_a_signal_while_clients_are_armed_ends_it(via, number, send):
     send(process.pid, number)
     out, err = process.communicate(timeout=120)
     assert (process.returncode, out) == (128 + number, ""), err
-    assert "marrowctl run: clients could not be armed: ended by a signal\n" in err
+    assert ("marrowctl run: clients could not be armed: ended by a signal\n"
+            "clients may be armed by now; without a run they stop 15 min 0 s after they were armed\n") in err
     assert list(via.temporary.iterdir()) == []
     wait_until(lambda: not via.fleet.processes())
 

@@ -45,6 +45,7 @@ std::vector<std::string> hostsOf(const Roll& roll, const Wanted& wanted) {
 }
 
 void addLeftovers(const Leftovers& leftovers, std::vector<std::string>& sentences) {
+  const bool isNameTaken = !sentences.empty();
   const auto add = [&sentences](const char* what, const std::vector<std::string>& paths) {
     if (!paths.empty()) {
       sentences.push_back(
@@ -54,7 +55,8 @@ void addLeftovers(const Leftovers& leftovers, std::vector<std::string>& sentence
   add("a done marker, by which the client would seem to have ended", leftovers.markers);
   add("a table, to which the rows would be added", leftovers.tables);
   add("a lock, for which clients would wait", leftovers.locks);
-  if (!sentences.empty()) {
+  // Where a settings file is in the way --again would not help.
+  if (!sentences.empty() && !isNameTaken) {
     sentences.emplace_back(
         "delete what is left, or let it stay with \"marrowctl fleet publish --again\"");
   }

@@ -65,6 +65,14 @@ void addEnded(const Roll& roll, const Wanted& wanted, std::vector<std::string>& 
     sentences.push_back(fmt::format("armed before, and ended: {}: {}", names(hosts), reason));
 }
 
+// All of them where nobody is named.
+std::vector<std::string> wantedAmong(std::vector<std::string> hosts, const Wanted& wanted) {
+  const std::set<std::string> invited(wanted.hosts.begin(), wanted.hosts.end());
+  if (!invited.empty())
+    std::erase_if(hosts, [&](const std::string& host) { return !invited.contains(host); });
+  return hosts;
+}
+
 }  // namespace
 
 std::vector<std::string> Roll::readyHosts() const {
@@ -95,7 +103,8 @@ int callRoll(const ControlFolder& folder, const ShareTime& share, Roll& roll) {
 
 std::vector<std::string> absences(const Roll& roll, const Wanted& wanted) {
   std::vector<std::string> sentences;
-  const auto found = static_cast<std::int64_t>(roll.ready.size());
+  const std::vector<std::string> present = wantedAmong(roll.readyHosts(), wanted);
+  const auto found = static_cast<std::int64_t>(present.size());
   const auto named = static_cast<std::int64_t>(wanted.hosts.size());
   const std::int64_t all = std::max({wanted.clients, named, std::int64_t{1}});
   const std::set<std::string> ready = hostsIn(roll.ready);
@@ -112,7 +121,7 @@ std::vector<std::string> absences(const Roll& roll, const Wanted& wanted) {
   const std::string some = found == 0
                                ? "no client is ready"
                                : fmt::format("{} of {} clients are ready: {}", shownCount(found),
-                                             shownCount(all), names(roll.readyHosts()));
+                                             shownCount(all), names(present));
   sentences.push_back(some);
   if (!missing.empty()) {
     sentences.push_back(

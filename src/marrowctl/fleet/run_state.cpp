@@ -48,14 +48,14 @@ std::int64_t rowsToCome(const RunState& state) {
   return std::max<std::int64_t>(rows, 0);
 }
 
+std::string endOf(const WatchedClient& client) {
+  return client.finishedMessage.empty() ? fmt::format("exit status {}", *client.finishedStatus)
+                                        : client.finishedMessage;
+}
+
 // Why nobody is there any more; empty: somebody is.
 std::string absenceOf(const RunState& state, const WatchedClient& client) {
-  if (client.finishedStatus) {
-    const std::string how = client.finishedMessage.empty()
-                                ? fmt::format("exit status {}", *client.finishedStatus)
-                                : client.finishedMessage;
-    return "it has ended before its last marker: " + how;
-  }
+  if (client.finishedStatus) return "it has ended before its last marker: " + endOf(client);
   if (!client.touchedMs) return client.rows > 0 || client.hasReadyFile ? "" : "it never came";
   // A file that is there has been touched since, unless it was old when it was asked.
   const std::int64_t until = client.hasReadyFile ? client.askedMs : state.nowMs;
@@ -67,6 +67,11 @@ std::string absenceOf(const RunState& state, const WatchedClient& client) {
 void judge(const RunState& state, std::optional<std::int64_t> middle, WatchedClient& client) {
   client.reason.clear();
   if (hasAllMarkers(state, client)) {
+    if (client.finishedStatus && !state.awaited.empty()) {
+      client.reason = "it has ended before the next phase: " + endOf(client);
+      client.state = ClientState::missing;
+      return;
+    }
     client.state = ClientState::done;
     return;
   }
@@ -123,7 +128,7 @@ void addRows(const RunState& state, std::vector<std::string>& sentences) {
       }
     }
     std::sort(hosts.begin(), hosts.end());
-    sentence += ", of " + shownNames(hosts, kMostNames);
+    if (!hosts.empty()) sentence += ", of " + shownNames(hosts, kMostNames);
   }
   sentences.push_back(sentence);
 }
@@ -134,7 +139,7 @@ void addLocks(const RunState& state, std::vector<std::string>& sentences) {
     if (!isOver(state) && lock.ageMs < kLeftBehindMs) continue;
     sentences.push_back(fmt::format(
         "the lock {} is {} old: no row is appended while it is there. \"marrowctl fleet unlock "
-        "--table {}\" shows and removes it",
+        "--table {}\" shows it, and with --age and --yes removes it",
         lock.path, shownDuration(lock.ageMs / kMsOfSecond), shellWord(lock.table)));
   }
 }
@@ -156,6 +161,10 @@ std::int64_t RunState::expectedRows() const {
   return rowsPerClient * (static_cast<std::int64_t>(clients.size()) + namelessClients);
 }
 
+std::int64_t RunState::expectedRowsBeforePhase() const {
+  return rowsBeforePhase * (static_cast<std::int64_t>(clients.size()) + namelessClients);
+}
+
 std::int64_t RunState::count(ClientState wanted) const {
   const auto number =
       std::count_if(clients.begin(), clients.end(),
@@ -174,18 +183,29 @@ bool isComplete(const RunState& state) {
          state.count(ClientState::done) == all && state.rows >= state.expectedRows();
 }
 
+std::int64_t atWork(const RunState& state) {
+  return state.count(ClientState::ready) + state.count(ClientState::running) +
+         state.count(ClientState::late);
+}
+
+std::int64_t waitingForPhase(const RunState& state) {
+  return state.awaited.empty() ? 0 : state.count(ClientState::done);
+}
+
 bool isOver(const RunState& state) {
-  const std::int64_t left = state.count(ClientState::ready) + state.count(ClientState::running) +
-                            state.count(ClientState::late);
-  return state.publishedMs && left == 0 && state.awaited.empty() && !state.clients.empty();
+  return state.publishedMs && atWork(state) == 0 && waitingForPhase(state) == 0 &&
+         !state.clients.empty();
 }
 
 std::optional<std::int64_t> secondsLeft(const RunState& state) {
-  if (!state.startMs || state.rows <= 0 || state.rows > state.expectedRows()) return std::nullopt;
-  const std::int64_t passed = std::max<std::int64_t>(state.nowMs - *state.startMs, 0);
+  const auto start = state.phaseStartMs ? state.phaseStartMs : state.startMs;
+  if (!start || state.rows > state.expectedRows()) return std::nullopt;
   const std::int64_t left = rowsToCome(state);
+  const std::int64_t passed = state.nowMs - *start;
+  const std::int64_t rows = state.rows - state.expectedRowsBeforePhase();
+  if (passed < 0 || rows <= 0 || (left > 0 && atWork(state) == 0)) return std::nullopt;
   return static_cast<std::int64_t>(static_cast<double>(passed) * static_cast<double>(left) /
-                                   static_cast<double>(state.rows)) /
+                                   static_cast<double>(rows)) /
          kMsOfSecond;
 }
 
@@ -204,8 +224,10 @@ std::vector<std::string> lacks(const RunState& state) {
   }
   addRows(state, sentences);
   addLocks(state, sentences);
-  if (!state.awaited.empty())
-    sentences.push_back(state.awaited + " has not been published yet, and clients wait for it");
+  if (!state.awaited.empty()) {
+    sentences.push_back(state.awaited + " has not been published" +
+                        (isOver(state) ? "" : " yet, and clients wait for it"));
+  }
   if (state.clients.empty()) sentences.emplace_back("no client is known");
   return sentences;
 }

@@ -50,10 +50,12 @@ struct RunState {
   std::string run;
   std::int64_t nowMs = 0;
   std::optional<std::int64_t> publishedMs;
-  std::optional<std::int64_t> startMs;  ///< when the tests begin or began
-  std::vector<WatchedClient> clients;   ///< in no order
-  std::int64_t namelessClients = 0;     ///< wanted, but nobody knows their names
-  std::size_t markersPerClient = 0;     ///< of the files that are published
+  std::optional<std::int64_t> startMs;       ///< when the tests begin or began
+  std::optional<std::int64_t> phaseStartMs;  ///< the same of a later phase, once it is published
+  std::int64_t rowsBeforePhase = 0;          ///< of each client, by the phases before it
+  std::vector<WatchedClient> clients;        ///< in no order
+  std::int64_t namelessClients = 0;          ///< wanted, but nobody knows their names
+  std::size_t markersPerClient = 0;          ///< of the files that are published
   std::int64_t rowsPerClient = 0;
   std::int64_t rows = 0;
   bool knowsOwners = false;  ///< rows tell which client they are from
@@ -65,8 +67,15 @@ struct RunState {
       awaited;  ///< the settings file of the next phase, which is not there yet; empty: none
 
   [[nodiscard]] std::int64_t expectedRows() const;
+  [[nodiscard]] std::int64_t expectedRowsBeforePhase() const;
   [[nodiscard]] std::int64_t count(ClientState state) const;
 };
+
+/// Clients that are ready, running or late.
+[[nodiscard]] std::int64_t atWork(const RunState& state);
+
+/// Clients that have done all that is published and wait for what is not.
+[[nodiscard]] std::int64_t waitingForPhase(const RunState& state);
 
 /// Sets the state of each client by what was seen of it.
 void judgeClients(RunState& state);
@@ -74,10 +83,11 @@ void judgeClients(RunState& state);
 /// Every marker is fresh and every expected row is there.
 [[nodiscard]] bool isComplete(const RunState& state);
 
-/// Nothing more will come: no client is ready, running or late, and no further phase is waited for.
+/// Nothing more will come: no client is ready, running or late, and none waits for a further phase.
 [[nodiscard]] bool isOver(const RunState& state);
 
-/// Seconds until the last row comes, at the pace of the rows so far; nothing: it can't be told.
+/// Seconds until the last row comes, at the pace of this phase's rows so far; nothing: it can't be
+/// told, or nobody is left who could add one.
 [[nodiscard]] std::optional<std::int64_t> secondsLeft(const RunState& state);
 
 /// What is missing, a sentence each; empty: nothing is.

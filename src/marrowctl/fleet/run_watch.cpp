@@ -155,7 +155,20 @@ void RunWatch::readPlan() {
   forgetOthers();
   const StartWindow window = windowFrom(*seen.publishedMs, clocks);
   seen.startMs = window.startMs - clocks.slowestMs;
+  readPhase();
   clientsOfTables = SIZE_MAX;
+}
+
+// The last one that is published, which has a start of its own.
+void RunWatch::readPhase() {
+  int last = 1;
+  while (fileStatus(folder.settings(last + 1).c_str())) ++last;
+  const auto published = modifiedMsOf(folder.settings(last));
+  if (last == 1 || !published) return;
+  seen.phaseStartMs = windowFrom(*published, clocks).startMs - clocks.slowestMs;
+  const Plan phase = makePlan({{folder.settings(last)}, {"host"}, 0, {}}, std::cin);
+  const std::int64_t rows = totalsOf(phase).rowsPerClient - DatedTables(phase).lostRowsPerClient();
+  seen.rowsBeforePhase = std::max<std::int64_t>(seen.rowsPerClient - rows, 0);
 }
 
 void RunWatch::takeNotes() {

@@ -57,6 +57,7 @@ class RunWatch {
   void forgetOthers();
   [[nodiscard]] bool isPlanWanting() const;
   void readPlan();
+  void readPhase();
   void takeNotes();
   void takeNote(const PublishedNote& note);
   void addTables();

@@ -59,6 +59,12 @@ void writeLocks(JsonWriter& json, const RunState& state) {
   json.endArray();
 }
 
+// The clients' minute by the share's clock, which is not quite theirs.
+std::optional<std::int64_t> nearestSecond(std::optional<std::int64_t> ms) {
+  if (!ms) return ms;
+  return (*ms + kMsOfSecond / 2) / kMsOfSecond * kMsOfSecond;
+}
+
 }  // namespace
 
 std::string watchJson(const RunState& state) {
@@ -69,7 +75,7 @@ std::string watchJson(const RunState& state) {
       .member("run", state.run)
       .member("complete", isComplete(state))
       .member("published", timeOf(state.publishedMs))
-      .member("start", timeOf(state.startMs));
+      .member("start", timeOf(nearestSecond(state.startMs)));
   writeCounts(json, state);
   json.key("rows")
       .beginObject()

@@ -76,10 +76,15 @@ std::string labelled(const char* label, const std::string& text) {
 std::string what(const RunState& state) {
   if (!state.trouble.empty()) return "can't be seen: " + printable(state.trouble);
   if (!state.publishedMs) return "waits for its settings file";
-  const std::int64_t toStart = state.startMs.value_or(0) - state.nowMs;
-  if (state.rows == 0 && toStart > 0)
-    return "starts in " + shownDuration((toStart + kMsOfSecond - 1) / kMsOfSecond);
+  const bool isLaterPhase = state.phaseStartMs.has_value();
+  const std::int64_t start = isLaterPhase ? *state.phaseStartMs : state.startMs.value_or(0);
+  const std::int64_t toStart = start - state.nowMs;
+  if ((state.rows == 0 || isLaterPhase) && toStart > 0) {
+    return (isLaterPhase ? "goes on in " : "starts in ") +
+           shownDuration((toStart + kMsOfSecond - 1) / kMsOfSecond);
+  }
   if (isComplete(state)) return "complete";
+  if (waitingForPhase(state) > 0 && atWork(state) == 0) return "waits for its next phase";
   if (state.startMs) return "runs for " + shownAge(state.nowMs - *state.startMs);
   return "runs";
 }

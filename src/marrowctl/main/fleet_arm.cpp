@@ -1,3 +1,6 @@
+#include <fmt/format.h>
+
+#include <algorithm>
 #include <cstdio>
 #include <string>
 #include <string_view>
@@ -28,6 +31,7 @@ Outcome runArm(const ArmCommand& command) {
   if (command.detaches) {
     if (const auto outcome = detachment.leave()) return *outcome;
   }
+  bool isArmed = false;
   const auto say = [](const std::string& message) {
     // It may quote what another machine has written into a file on the share.
     print("marrowctl fleet arm: " + printable(message) + "\n", stderr);
@@ -37,10 +41,16 @@ Outcome runArm(const ArmCommand& command) {
                                if (!command.detaches) print(text, stdout);
                              },
                              [&](const std::string& host, const std::string& settings) {
+                               isArmed = true;
                                say(host + " is armed: marrowbench waits for " + settings);
                                if (command.detaches) detachment.goOnAlone();
                              }};
   const ArmOutcome outcome = arm(command.arm, listener);
+  if (command.detaches && !isArmed && outcome.reason.empty()) {
+    say(fmt::format("{} did not wait: it has ended, exit status {}", command.arm.program,
+                    outcome.status));
+    return {std::max(outcome.status, static_cast<int>(answerIsNo)), "", ""};
+  }
   if (outcome.reason.empty()) return {outcome.status, "", ""};
   return {outcome.status, "", "marrowctl fleet arm: " + printable(outcome.reason) + "\n"};
 }

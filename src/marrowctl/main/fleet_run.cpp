@@ -174,7 +174,9 @@ class FleetRun {
       outcome.messages +=
           engineName + " printed:\n" + printableLines(said) + hintOn(said, recipe.program);
     }
-    outcome.messages += endOfArmed(found.ready);
+    outcome.messages += found.ready == 0 && found.status > kSignalBase
+                            ? "clients may be armed by now; " + endOfWait()
+                            : endOfArmed(found.ready);
     return outcome;
   }
 
@@ -183,7 +185,7 @@ class FleetRun {
     const PublishOutcome published = publish(publishing, printingListener(publishing, stderr));
     if (published.status == done) return std::nullopt;
     Outcome outcome = stopped(published.status, "not published", published.refusals);
-    outcome.messages += endOfArmed(recipe.hosts.size());
+    outcome.messages += endOfArmed(readyNow());
     return outcome;
   }
 
@@ -238,10 +240,23 @@ class FleetRun {
 
   [[nodiscard]] std::string endOfArmed(std::size_t ready) {
     if (ready == 0 || endsClients()) return {};
-    return fmt::format("{} armed; without a run they stop {} after they were armed\n",
-                       ready == 1 ? "1 client stays"
-                                  : shownCount(static_cast<std::int64_t>(ready)) + " clients stay",
+    return (ready == 1 ? "1 client stays"
+                       : shownCount(static_cast<std::int64_t>(ready)) + " clients stay") +
+           " armed; " + endOfWait();
+  }
+
+  [[nodiscard]] std::string endOfWait() const {
+    return fmt::format("without a run they stop {} after they were armed\n",
                        shownDuration(recipe.giveUp.value_or(0)));
+  }
+
+  // Some may have given up meanwhile.
+  [[nodiscard]] std::size_t readyNow() const {
+    ClockReading reading;
+    Roll roll;
+    const bool isKnown = readShareClock(recipe.folder.control, reading) == 0 &&
+                         callRoll(recipe.folder, ShareTime(reading), roll) == 0;
+    return isKnown ? roll.ready.size() : recipe.hosts.size();
   }
 
   static Outcome stopped(int status, const std::string& problem,

@@ -201,9 +201,10 @@ std::string damagedRowsText(const Report& report, const TextStyle& style) {
                     printable(report.results.hosts[row.host])),
         style.width);
   }
-  if (count > kMostShown)
+  if (count > kMostShown) {
     text += fmt::format("  and {} more: --tidy has all\n",
                         shownCount(static_cast<std::int64_t>(count - kMostShown)));
+  }
   return titleText("Rows with null data", style) + text;
 }
 

@@ -12,8 +12,8 @@ constexpr int kYearZero = 1900;
 // Two leap years can be eight years apart.
 constexpr int kYearsBack = 8;
 constexpr unsigned kHourShift = 12;
-// Clients wait for the lock before they add a row, and clocks differ.
-constexpr std::int64_t kOutOfOrder = 15 * 60;
+// Seconds: clients wait for the lock before they add a row, and clocks differ.
+constexpr std::int64_t kOutOfOrder = 900;
 
 std::int64_t beginOf(int year) {
   std::tm parts{};

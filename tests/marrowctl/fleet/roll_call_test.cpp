@@ -103,6 +103,14 @@ TEST_F(RollCallTest, SaysWhoIsMissing) {
   EXPECT_EQ(sentences[3], "about to be ready, in a few seconds: c4");
 }
 
+TEST_F(RollCallTest, CountsNobodyWhoWasNotAskedFor) {
+  add("c1");
+  add("c3");
+  add("c4");
+  EXPECT_EQ(absences(roll(), {{"c1", "c2"}, 0}).front(), "1 of 2 clients are ready: c1");
+  EXPECT_EQ(absences(roll(), {{"c2"}, 0}).front(), "no client is ready");
+}
+
 TEST_F(RollCallTest, SaysWhyClientsThatWereArmedAreNoMore) {
   const auto end = [this](const char* host, const char* message) {
     EXPECT_EQ(writeFinishedNote(folder, {host, "run", "10:00", 1, message}), 0);

@@ -209,6 +209,38 @@ TEST(IsOver, IsWhenNobodyIsLeft) {
   EXPECT_TRUE(isOver(state));
   state.awaited = "monday-2.bst";
   EXPECT_FALSE(isOver(state));
+  // Clients that give up leave nobody who waits for the next phase.
+  state.clients[0].finishedStatus = 1;
+  state.clients[0].finishedMessage = "gave up";
+  judgeClients(state);
+  EXPECT_EQ(state.clients[0].state, ClientState::missing);
+  EXPECT_EQ(state.clients[0].reason, "it has ended before the next phase: gave up");
+  EXPECT_TRUE(isOver(state));
+  EXPECT_EQ(lacks(state).back(), "monday-2.bst has not been published");
+}
+
+TEST(SecondsLeft, IsNotKnownWhereNobodyIsLeft) {
+  RunState state = stateAt(30, 2);
+  addRows(state, 0, 1);
+  addRows(state, 1, 2);
+  for (WatchedClient& client : state.clients) client.markers = 1;
+  judgeClients(state);
+  EXPECT_EQ(secondsLeft(state), std::nullopt) << "a row was lost";
+}
+
+TEST(SecondsLeft, CountsFromTheStartOfItsPhase) {
+  RunState state = stateAt(300, 2);
+  state.rowsPerClient = 4;
+  state.rowsBeforePhase = 2;
+  addRows(state, 0, 2);
+  addRows(state, 1, 2);
+  judgeClients(state);
+  state.phaseStartMs = state.nowMs + 10'000;
+  EXPECT_EQ(secondsLeft(state), std::nullopt) << "the phase has not begun";
+  state.phaseStartMs = state.nowMs - 20'000;
+  EXPECT_EQ(secondsLeft(state), std::nullopt) << "no row of it is there";
+  addRows(state, 0, 1);
+  EXPECT_EQ(secondsLeft(state), 60) << "three rows of 20 s";
 }
 
 TEST(SecondsLeft, GoesOnAtThePaceSoFar) {
@@ -269,7 +301,7 @@ TEST(Lacks, SaysThatNothingHasBegun) {
 TEST(Lacks, NamesLocksThatWereLeftBehind) {
   const std::string told =
       "the lock /a b.csv_lock.txt is 1 min 0 s old: no row is appended while it is there. "
-      "\"marrowctl fleet unlock --table '/a b.csv'\" shows and removes it";
+      "\"marrowctl fleet unlock --table '/a b.csv'\" shows it, and with --age and --yes removes it";
   RunState state = stateAt(0, 1);
   judgeClients(state);
   state.locks = {{"/a b.csv", "/a b.csv_lock.txt", 60'000}};
@@ -284,9 +316,10 @@ TEST(Lacks, NamesEachLockWhenNobodyIsLeft) {
   state.clients[0].finishedStatus = 1;
   judgeClients(state);
   state.locks = {{"/a.csv", "/a.csv_lock.txt", 2000}};
-  EXPECT_EQ(lacks(state).back(),
-            "the lock /a.csv_lock.txt is 2 s old: no row is appended while it is there. "
-            "\"marrowctl fleet unlock --table /a.csv\" shows and removes it");
+  EXPECT_EQ(
+      lacks(state).back(),
+      "the lock /a.csv_lock.txt is 2 s old: no row is appended while it is there. "
+      "\"marrowctl fleet unlock --table /a.csv\" shows it, and with --age and --yes removes it");
 }
 
 TEST(WatchTable, FitsTheTerminal) {
