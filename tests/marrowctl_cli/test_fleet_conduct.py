@@ -174,8 +174,10 @@ def test_a_signal_ends_it_between_phases(fleet, number):
     conducting = fleet.start("conduct", "--hosts", "c1", "--now", *phases(fleet, SLOW, SLOW))
     wait_until(lambda: (fleet.folder / "c1.bin").exists())
     conducting.send_signal(number)
-    conducting.communicate(timeout=60)
+    _, err = conducting.communicate(timeout=60)
     assert conducting.returncode == 128 + number
+    assert err.endswith("marrowctl fleet conduct: ended by a signal:\n  phase 2 is not published: the clients wait for "
+                        f"{fleet.folder}/monday-2.bst until they are ended, or give up\n")
     assert "monday-2.bst" not in fleet.names()
 
 

@@ -158,8 +158,9 @@ def test_a_signal_during_the_waiting_leaves_nothing(fleet, number):
     publishing = fleet.start("publish", "--hosts", "c1", write(fleet, settings_line()))
     wait_until(lambda: any(name.startswith(".monday.bst.") for name in fleet.names()))
     publishing.send_signal(number)
-    publishing.communicate(timeout=60)
-    assert publishing.returncode == 128 + number
+    _, err = publishing.communicate(timeout=60)
+    assert (publishing.returncode, err) == (
+        128 + number, "marrowctl fleet publish: not published: ended by a signal\n")
     assert fleet.names() - {"console__c1"} == before - {"console__c1"}
 
 

@@ -214,6 +214,22 @@ def test_a_terminal_shows_a_table_that_is_drawn_in_its_place(terminal, fleet, co
     assert screen.screen.cursor_is_shown
 
 
+def test_a_narrow_terminal_shows_who_is_missing(terminal, fleet):
+    pretend_ready(fleet, "c1")
+    screen = terminal(40, 24)
+    watching = fleet.start("watch", "--timeout", "0", "--hosts", "c1,c2", stdout=screen.side)
+    assert screen.read_to_the_end(watching) == 1
+    assert screen.screen.shown()[1] == "Clients   1 ready   1 missing"
+
+
+def test_what_cannot_be_shown_is_told(fleet):
+    pretend_ready(fleet, "c1")
+    with open("/dev/full", "w") as full:
+        watching = fleet.start("watch", "--timeout", "0", stdout=full)
+        _, err = watching.communicate(timeout=60)
+    assert (watching.returncode, err) == (2, "marrowctl fleet watch: the standard output can't be written\n")
+
+
 def test_thousands_of_clients_fit_the_terminal(terminal, fleet):
     pretend_ready(fleet, *(f"client{number:04}" for number in range(1000)))
     put(fleet, settings_line())

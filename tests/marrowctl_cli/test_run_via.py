@@ -259,6 +259,7 @@ def test_time_that_is_up_reports_what_is_there(via):
     done = via.run(*via.words("ssh", settings, "--timeout", "20s"))
     assert done.returncode == 1
     assert "marrowctl fleet watch: the run is not complete:\n" in done.stderr
+    assert "marrowctl run: 3 clients still at work without this program\n" in done.stderr
     assert re.match(r"3 of 3 clients, 9 of 12 rows", done.stdout), done.stdout
 
 

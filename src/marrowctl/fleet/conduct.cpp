@@ -31,8 +31,9 @@ const PlannedFile& lastOf(const std::vector<PlannedFile>& files) {
 }
 
 ConductOutcome notPublished(PublishOutcome outcome) {
-  return {outcome.status, outcome.refusals.empty() ? "" : "not published",
-          std::move(outcome.refusals)};
+  const char* const problem =
+      outcome.refusals.empty() ? "not published: ended by a signal" : "not published";
+  return {outcome.status, problem, std::move(outcome.refusals)};
 }
 
 class Conductor {
@@ -137,7 +138,7 @@ class Conductor {
       if (isSeen) looksLeft = mayEnd(phase, state) ? kLastLooks : looksLeft - 1;
       if (looksLeft == 0 || isLastLook) return stopped(phase, state);
       if (const int signal = sleepFor(pace.pauseMs(), interruption); signal != 0)
-        return {kSignalBase + signal, "", {}};
+        return notFollowed(phase + 1, {kSignalBase + signal, "ended by a signal", {}});
     }
   }
 
@@ -170,6 +171,8 @@ class Conductor {
       outcome.reasons.push_back(fmt::format(
           "phase {} is not published: the clients wait for {} until they are ended, or give up",
           phase, options.folder.settings(phase)));
+    } else if (phase > phases()) {
+      outcome.reasons.emplace_back("the clients go on without this program");
     }
     return outcome;
   }

@@ -99,14 +99,16 @@ std::string headLine(const RunState& state, const TextStyle& style) {
 }
 
 std::string clientsLine(const RunState& state, const TextStyle& style) {
+  constexpr int kAllStates = 62;  // columns of all of them, with numbers of a digit
   std::string text;
   for (const ClientState each : kStates) {
     const std::int64_t count = state.count(each);
+    if (count == 0 && style.width < kAllStates) continue;
     const std::string part = fmt::format("{} {}", shownCount(count), nameOf(each));
     text +=
         (text.empty() ? "" : "   ") + toned(part, count > 0 ? toneOf(each) : Tone::faint, style);
   }
-  return labelled("Clients", text);
+  return labelled("Clients", text.empty() ? "none" : text);
 }
 
 std::string bar(std::int64_t part, std::int64_t all, std::size_t width, const TextStyle& style) {

@@ -9,8 +9,10 @@ namespace {
 
 Outcome runPublish(const std::string& name, const PublishOptions& options) {
   const PublishOutcome outcome = publish(options, printingListener(options));
-  if (outcome.refusals.empty()) return {outcome.status, "", ""};
-  return {outcome.status, "", refusalText(name, "not published", outcome.refusals)};
+  if (outcome.status == done) return {};
+  const char* const problem =
+      outcome.refusals.empty() ? "not published: ended by a signal" : "not published";
+  return {outcome.status, "", refusalText(name, problem, outcome.refusals)};
 }
 
 }  // namespace

@@ -201,6 +201,10 @@ class FleetRun {
     if (watched.status == done || watched.status == answerIsNo) {
       say(watched.messages);
       awaitEngine();
+      const auto there = static_cast<std::int64_t>(watched.status == done ? 0 : readyNow());
+      if (there > 0 && !endsClients())
+        say("marrowctl run: " + shownCount(there, "client") +
+            " still at work without this program\n");
       return std::nullopt;
     }
     Outcome outcome =

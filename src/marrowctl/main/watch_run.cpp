@@ -27,6 +27,8 @@ class Watching {
     const int status = lookOn();
     std::string output, messages;
     if (!watch.problem().empty()) return impossible("fleet watch", watch.problem());
+    if (out == stdout && std::ferror(out) != 0)
+      return impossible("fleet watch", "the standard output can't be written");
     if (command.isJson) output = watchJson(watch.state());
     if (status == answerIsNo)
       messages = refusalText("fleet watch", "the run is not complete", lacks(watch.state()));
