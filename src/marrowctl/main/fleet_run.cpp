@@ -202,9 +202,10 @@ class FleetRun {
       say(watched.messages);
       awaitEngine();
       const auto there = static_cast<std::int64_t>(watched.status == done ? 0 : readyNow());
-      if (there > 0 && !endsClients())
+      if (there > 0 && !endsClients()) {
         say("marrowctl run: " + shownCount(there, "client") +
             " still at work without this program\n");
+      }
       return std::nullopt;
     }
     Outcome outcome =
