@@ -51,23 +51,6 @@ void say(const std::string& text) {
   (void)std::fflush(stderr);
 }
 
-// Engines draw a counter in the line that a client's message then takes.
-std::string_view lastDrawn(std::string_view line) {
-  if (line.ends_with('\r')) line.remove_suffix(1);
-  return line.substr(line.rfind('\r') + 1);
-}
-
-// What clients print may hold anything.
-std::string printableLines(std::string_view text) {
-  std::string lines;
-  while (!text.empty()) {
-    const std::size_t end = std::min(text.find('\n'), text.size());
-    lines += printable(lastDrawn(text.substr(0, end))) + "\n";
-    text.remove_prefix(std::min(end + 1, text.size()));
-  }
-  return lines;
-}
-
 // Shells say that they find no such program each in its own way, but all with these two words.
 std::string hintOn(const std::string& said, const std::string& program) {
   if (!holds(said, program) || !holds(said, "not found")) return {};

@@ -1,5 +1,6 @@
 #include "marrowctl/main/fleet_run_words.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <sstream>
@@ -44,6 +45,12 @@ std::string commandsOf(const std::string& recipe) {
   if (count > kMostLines)
     text += "  ... and " + std::to_string(count - kMostLines) + " lines more\n";
   return text;
+}
+
+// Engines draw a counter in the line that a client's message then takes.
+std::string_view lastDrawn(std::string_view line) {
+  if (line.ends_with('\r')) line.remove_suffix(1);
+  return line.substr(line.rfind('\r') + 1);
 }
 
 }  // namespace
@@ -107,6 +114,16 @@ void sayRecipe(Engine engine, const std::string& name, const RecipeOptions& reci
   }
   sayCommand(command + " | sh");
   (void)std::fputs(commandsOf(makeRecipe(engine, recipe).text).c_str(), stderr);
+}
+
+std::string printableLines(std::string_view text) {
+  std::string lines;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    lines += printable(lastDrawn(text.substr(0, end))) + "\n";
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+  return lines;
 }
 
 }  // namespace marrowbench::ctl

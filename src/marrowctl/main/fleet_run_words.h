@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "marrowctl/fleet/recipe.h"
@@ -30,6 +31,9 @@ void sayStep(const Words& words);
 
 /// Prints how a recipe is had and carried out, and what it starts.
 void sayRecipe(Engine engine, const std::string& name, const RecipeOptions& recipe);
+
+/// What an engine and its clients have printed, which may hold anything, for people.
+[[nodiscard]] std::string printableLines(std::string_view text);
 
 }  // namespace marrowbench::ctl
 
