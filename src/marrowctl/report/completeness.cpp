@@ -104,7 +104,8 @@ class Judge {
   // Settings files that lead back to the first one, of which several rounds are judged together.
   [[nodiscard]] bool hasNoEnd() const {
     return options.plan != nullptr && report.results.runs.judged > 1 &&
-           std::ranges::any_of(options.plan->files, &PlannedFile::chainsBack);
+           std::any_of(options.plan->files.begin(), options.plan->files.end(),
+                       [](const PlannedFile& file) { return file.chainsBack; });
   }
 
   void countMissing(const TestReport& test, std::int64_t rows, std::int64_t clients) {

@@ -62,7 +62,8 @@ std::string whyComplete(const Report& report) {
 }
 
 std::string whyConcurrent(const Report& report) {
-  const bool isAnyTooShort = std::ranges::any_of(report.tests, &TestReport::isTooShort);
+  const bool isAnyTooShort = std::any_of(report.tests.begin(), report.tests.end(),
+                                         [](const TestReport& test) { return test.isTooShort; });
   if (report.verdict.concurrent == true && isAnyTooShort)
     return "in each test of 3 s or more all were active half of the time or more";
   if (report.verdict.concurrent == true)
@@ -108,14 +109,15 @@ std::vector<std::uint32_t> namedHosts(const Report& report) {
 }
 
 std::int64_t rowsOf(const TestReport& test, std::uint32_t host) {
-  const auto client = std::ranges::find(test.clients, host, &ClientReport::host);
+  const auto client = std::find_if(test.clients.begin(), test.clients.end(),
+                                   [host](const ClientReport& each) { return each.host == host; });
   return client == test.clients.end() ? 0 : client->rows;
 }
 
 // Both ends of the time in which all were active are known to a second.
 bool isRough(const Report& report) {
   constexpr double kFewSeconds = 10;
-  return std::ranges::any_of(report.tests, [](const TestReport& test) {
+  return std::any_of(report.tests.begin(), report.tests.end(), [](const TestReport& test) {
     return test.clients.size() > 1 && !test.isTooShort && test.allActive &&
            test.allActive->seconds < kFewSeconds;
   });

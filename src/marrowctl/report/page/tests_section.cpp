@@ -31,7 +31,8 @@ std::string rateText(const TestReport& test, const std::optional<Rate>& rate, do
 // Those that count in what all got together, of how many.
 std::string clientsText(const TestReport& test) {
   const auto all = static_cast<std::int64_t>(test.clients.size());
-  const auto left = std::ranges::count_if(test.clients, &ClientReport::isLeftOut);
+  const auto left = std::count_if(test.clients.begin(), test.clients.end(),
+                                  [](const ClientReport& client) { return client.isLeftOut; });
   return left == 0 ? shownCount(all) : shownCount(all - left) + " of " + shownCount(all);
 }
 
