@@ -169,11 +169,12 @@ std::string suspicionsText(const Report& report, const TextStyle& style) {
 
 std::string missingRowsText(const Report& report, const TextStyle& style) {
   if (!report.rows.expected || report.verdict.complete != false) return {};
+  const std::vector<std::uint32_t> hosts = namedHosts(report);
   std::string text;
   std::size_t count = 0;
   for (std::size_t i = 0; i < report.tests.size(); ++i) {
     const std::int64_t expected = report.results.tests[i].expectedRows;
-    for (const std::uint32_t host : namedHosts(report)) {
+    for (const std::uint32_t host : hosts) {
       const std::int64_t missing = expected - rowsOf(report.tests[i], host);
       if (missing <= 0 || ++count > kMostShown) continue;
       text += hanging(fmt::format("{}: {} of {} of {}", printable(report.results.hosts[host]),

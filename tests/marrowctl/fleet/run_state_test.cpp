@@ -89,6 +89,17 @@ TEST(Watching, SaysWhoseRowsAreNotCounted) {
       << watchLine(state);
 }
 
+TEST(Watching, TellsTheFullMinuteOfTheStart) {
+  const auto start = [](std::int64_t off) {
+    RunState state = stateAt(10, 1);
+    *state.startMs += off;
+    const std::string json = watchJson(state);
+    return json.substr(json.find("\"start\""), 40);
+  };
+  EXPECT_EQ(start(-4), start(0)) << "the slowest client is 4 ms ahead of the share";
+  EXPECT_NE(start(-kSecond), start(0));
+}
+
 TEST(JudgeClients, OnesWhoseMinuteHasBegunAreRunning) {
   RunState state = stateAt(0, 1);
   EXPECT_EQ(stateOf(state), ClientState::running);
