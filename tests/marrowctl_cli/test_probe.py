@@ -264,7 +264,8 @@ def test_create_that_several_win_forbids_one_table(ctl, mounts, share):
 
 
 def test_two_mounts_that_do_not_ask_each_other_forbid_one_table(ctl, mounts, share):
-    one, two = (mounts.faulty(share, "none", "name=race_*", "length=20", name=name) for name in ("one", "two"))
+    # Half a second between looking and making: processes of a busy machine are later than a few milliseconds.
+    one, two = (mounts.faulty(share, "none", "name=race_*", "length=500", name=name) for name in ("one", "two"))
     found = probe(ctl, one, two, status=1)
     assert found["verdict"] == "own tables"
     races = found["exclusiveCreate"]
