@@ -100,6 +100,21 @@ def test_a_limit_that_cannot_be_judged_is_told(ctl, iterations, told):
     assert ctl.run("compare", old, new).stderr == ""
 
 
+@pytest.mark.parametrize("limit, told", [
+    ("10", "marrowctl compare: --fail-if-slower can't judge 1 of 1 test: the median is beyond the limit, but rows "
+           "scatter too much to tell\n"),
+    ("40", "")])
+def test_a_loss_that_scatter_hides_is_told(ctl, limit, told):
+    # The median of the second run is a quarter lower, and half of its rows are as fast as ever.
+    sides = [[Row(iteration * 4, iteration=iteration, ms=ms) for iteration, ms in enumerate(times)]
+             for times in ([1000] * 6, [1000, 2000] * 3)]
+    old, new = (write(ctl.folder / f"{name}.csv", rows) for name, rows in zip(("old", "new"), sides))
+    (test,) = compare(ctl, old, new)[0]["tests"]
+    assert (test["verdict"], test["ratio"]) == ("cannot tell", pytest.approx(0.75, rel=1e-3))
+    done = ctl.run("compare", old, new, "--fail-if-slower", limit)
+    assert (done.returncode, done.stderr) == (0, told)
+
+
 @pytest.mark.parametrize("limit, status", [("10", 3), ("16.6", 3), ("17", 0)])
 def test_a_loss_beyond_the_limit_is_a_status(ctl, limit, status):
     old, new, _, _ = tables(ctl, 1.2)

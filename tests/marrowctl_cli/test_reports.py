@@ -1,6 +1,7 @@
 """What report finds in tables with known answers, against a calculation of its own."""
 
 import csv
+import dataclasses
 import io
 import json
 
@@ -96,6 +97,37 @@ def test_settings_and_hosts_make_it_complete(ctl):
     assert (test["settingsFile"], test["configIndex"]) == (str(settings), 0)
     assert report(ctl, table, settings, "--clients", "5")["verdict"]["complete"] is True
     assert report(ctl, table, settings, "--clients", "6", status=1)["verdict"]["complete"] is False
+
+
+def test_rows_that_nobody_asked_for_are_not_among_the_expected(ctl):
+    ctl.write("run.bst", SETTINGS)
+    others = [dataclasses.replace(row, method="AnsiC") for row in perfect_fleet()][:7]
+    write(ctl.folder / "a.csv", perfect_fleet() + others)
+    text = text_of(ctl, "a.csv", "run.bst", "--hosts", "c0[1-5]")
+    assert text.startswith("5 of 5 clients, 20 of 20 rows, ") and "complete, " in text
+    assert "; 7 rows of tests that are not in the settings. " in text, text
+    assert report(ctl, "a.csv", "run.bst", "--hosts", "c0[1-5]")["rows"] == {
+        "expected": 20, "read": 27, "errors": 0, "nullData": 0, "unusable": []}
+    # c05 was not asked for.
+    text = text_of(ctl, "a.csv", "run.bst", "--hosts", "c0[1-4]")
+    assert text.startswith("4 of 4 clients, 16 of 16 rows, "), text
+    write(ctl.folder / "a.csv", perfect_fleet()[:-1] + others)
+    assert text_of(ctl, "a.csv", "run.bst", "--hosts", "c0[1-5]").startswith("5 of 5 clients, 19 of 20 rows, ")
+
+
+def test_of_all_runs_each_should_have_its_rows(ctl):
+    ctl.write("run.bst", SETTINGS)
+    again = perfect_fleet()
+    for row in again:
+        row.end += 45
+    words = ("a.csv", "run.bst", "--hosts", "c0[1-5]", "--all-runs")
+    write(ctl.folder / "a.csv", perfect_fleet() + again)
+    text = text_of(ctl, *words)
+    assert text.startswith("5 of 5 clients, 40 of 40 rows, ") and " complete, " in text, text
+    write(ctl.folder / "a.csv", perfect_fleet() + [row for row in again if (row.host, row.iteration) != ("c03", 2)])
+    text = text_of(ctl, *words)
+    assert text.startswith("5 of 5 clients, 39 of 40 rows, ") and ": not complete, " in text, text
+    assert " Rows that are missing c03: 1 of 8 rows of Posix write, " in text, text
 
 
 def test_a_lost_row(ctl):

@@ -163,12 +163,18 @@ def test_a_host_that_is_down_stops_it_before_publication(via):
 
 
 def test_an_engine_that_is_missing_is_told(via):
-    (via.bin / "pdsh").unlink()
     environment = {"PATH": f"{via.bin}:/nowhere"}
+    words = via.words("pdsh", via.settings())
+    refusal = "marrowctl run: clients could not be armed:\n  "
     # Not even a shell.
-    done = via.run(*via.words("pdsh", via.settings()), **environment)
+    done = via.run(*words, **environment)
     assert (done.returncode, done.stdout) == (2, "")
-    assert done.stderr.endswith("marrowctl run: clients could not be armed:\n  sh: No such file or directory\n")
+    assert done.stderr.endswith(refusal + "sh: No such file or directory\n")
+    (via.bin / "pdsh").unlink()
+    (via.bin / "sh").symlink_to("/bin/sh")
+    done = via.run(*words, **environment)
+    assert (done.returncode, done.stdout) == (2, "")
+    assert done.stderr.endswith(refusal + "pdsh: not in the PATH of this machine\n")
 
 
 def test_a_reader_that_goes_away_does_not_end_it(via):

@@ -118,11 +118,20 @@ Recipe makeRecipe(Engine engine, const RecipeOptions& options) {
   return {kEngines.at(static_cast<std::size_t>(engine)).recipe(options), ""};
 }
 
-std::vector<std::string> commandFor(Engine engine, const std::string& file, std::size_t hosts) {
+std::string programOf(Engine engine) {
   switch (engine) {
-    case Engine::ansible: return {"ansible-playbook", "-f", std::to_string(fanOutOf(hosts)), file};
-    case Engine::sbatch: return {"sbatch", file};
-    case Engine::kubernetes: return {"kubectl", "create", "-f", file};
+    case Engine::ansible: return "ansible-playbook";
+    case Engine::kubernetes: return "kubectl";
+    default: return std::string(kEngines.at(static_cast<std::size_t>(engine)).name);
+  }
+}
+
+std::vector<std::string> commandFor(Engine engine, const std::string& file, std::size_t hosts) {
+  const std::string program = programOf(engine);
+  switch (engine) {
+    case Engine::ansible: return {program, "-f", std::to_string(fanOutOf(hosts)), file};
+    case Engine::sbatch: return {program, file};
+    case Engine::kubernetes: return {program, "create", "-f", file};
     default: return {"sh", file};
   }
 }

@@ -42,6 +42,9 @@ struct Recipe {
 /// --detach; Slurm and Kubernetes keep those that they start.
 [[nodiscard]] Recipe makeRecipe(Engine engine, const RecipeOptions& options);
 
+/// The engine's own program, on the machine where the recipe is carried out.
+[[nodiscard]] std::string programOf(Engine engine);
+
 /// The words of the command that carries out a recipe which stands in a file.
 [[nodiscard]] std::vector<std::string> commandFor(Engine engine, const std::string& file,
                                                   std::size_t hosts);

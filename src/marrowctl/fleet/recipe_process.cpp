@@ -9,6 +9,7 @@
 #include <cstring>
 #include <vector>
 
+#include "marrowctl/support/program_path.h"
 #include "paths/folders.h"
 
 namespace marrowbench::ctl {
@@ -60,6 +61,9 @@ void RecipeProcess::removeFile() {
 std::string RecipeProcess::start(Engine engine, const RecipeOptions& options) {
   const Recipe recipe = makeRecipe(engine, options);
   if (!recipe.problem.empty()) return recipe.problem;
+  // Else a shell would say it, in words that a client's shell has as well.
+  if (const std::string needed = programOf(engine); pathOfProgram(needed).empty())
+    return needed + ": not in the PATH of this machine";
   if (const int code = write(recipe.text); code != 0)
     return std::string("the temporary folder: ") + std::strerror(code);
   std::vector<std::string> words = commandFor(engine, file, options.hosts.size());

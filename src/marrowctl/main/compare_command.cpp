@@ -15,21 +15,25 @@
 namespace marrowbench::ctl {
 namespace {
 
+std::string notJudged(const Comparison& comparison, std::int64_t count, const char* why) {
+  if (count == 0) return {};
+  return fmt::format("marrowctl compare: --fail-if-slower can't judge {} of {}: {}\n",
+                     shownCount(count), shownCount(std::ssize(comparison.tests), "test"), why);
+}
+
 // A script that asks whether anything is slower is not to take silence for a no.
-std::string notJudged(const Comparison& comparison) {
-  const std::int64_t few = countOfTooFewRows(comparison);
-  if (few == 0) return {};
-  return fmt::format(
-      "marrowctl compare: --fail-if-slower can't judge {} of {}: fewer than 5 rows with a speed on "
-      "a side\n",
-      shownCount(few), shownCount(std::ssize(comparison.tests), "test"));
+std::string notJudged(const Comparison& comparison, double percent) {
+  return notJudged(comparison, countOfTooFewRows(comparison),
+                   "fewer than 5 rows with a speed on a side") +
+         notJudged(comparison, countOfTooScattered(comparison, percent),
+                   "the median is beyond the limit, but rows scatter too much to tell");
 }
 
 Outcome printed(const Comparison& comparison, const CompareCommand& command) {
   const bool isLoss = command.failIfSlower && hasLoss(comparison, *command.failIfSlower);
   return {isLoss ? isSlower : done,
           command.isJson ? compareJson(comparison) : compareText(comparison, styleOf(stdout)),
-          command.failIfSlower ? notJudged(comparison) : ""};
+          command.failIfSlower ? notJudged(comparison, *command.failIfSlower) : ""};
 }
 
 }  // namespace

@@ -128,6 +128,11 @@ void addOthers(const ResultSet& set, const std::vector<bool>& isTaken,
   }
 }
 
+// Of a test with a ratio.
+bool isBelow(const ComparedTest& test, double percent) {
+  return (1 - *test.ratio) * kPercent > percent;
+}
+
 }  // namespace
 
 Comparison compare(const ResultSet& before, const ResultSet& after) {
@@ -154,11 +159,18 @@ std::int64_t countOfTooFewRows(const Comparison& comparison) {
                        [](const ComparedTest& test) { return !test.low; });
 }
 
-bool hasLoss(const Comparison& comparison, double percent) {
-  return std::any_of(
+std::int64_t countOfTooScattered(const Comparison& comparison, double percent) {
+  return std::count_if(
       comparison.tests.begin(), comparison.tests.end(), [percent](const ComparedTest& test) {
-        return test.difference == Difference::slower && (1 - *test.ratio) * kPercent > percent;
+        return test.low && test.difference == Difference::cannotTell && isBelow(test, percent);
       });
+}
+
+bool hasLoss(const Comparison& comparison, double percent) {
+  return std::any_of(comparison.tests.begin(), comparison.tests.end(),
+                     [percent](const ComparedTest& test) {
+                       return test.difference == Difference::slower && isBelow(test, percent);
+                     });
 }
 
 }  // namespace marrowbench::ctl

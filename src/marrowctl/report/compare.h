@@ -50,6 +50,10 @@ struct Comparison {
 /// Tests with too few rows on a side, fewer than 5 with a speed, to tell any difference.
 [[nodiscard]] std::int64_t countOfTooFewRows(const Comparison& comparison);
 
+/// Tests whose median is lower by more than so many percent, while their rows scatter too much to
+/// tell a difference.
+[[nodiscard]] std::int64_t countOfTooScattered(const Comparison& comparison, double percent);
+
 /// True when a test is slower by more than so many percent.
 [[nodiscard]] bool hasLoss(const Comparison& comparison, double percent);
 

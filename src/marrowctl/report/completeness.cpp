@@ -94,11 +94,24 @@ class Judge {
     const std::int64_t clients = report.clients.expected.value_or(report.clients.found);
     std::int64_t perClient = 0;
     for (std::size_t i = 0; i < report.tests.size(); ++i) {
-      const std::int64_t rows = std::max<std::int64_t>(0, report.results.tests[i].expectedRows);
+      const std::int64_t rows = expectedRowsOf(report, i);
+      if (rows < 0) {
+        otherRows += report.tests[i].rows;
+        continue;
+      }
       perClient += rows;
+      wantedRows += rowsOfWanted(report.tests[i]);
       countMissing(report.tests[i], rows, clients);
     }
     report.rows.expected = perClient * clients;
+  }
+
+  [[nodiscard]] std::int64_t rowsOfWanted(const TestReport& test) const {
+    std::int64_t rows = 0;
+    for (const ClientReport& client : test.clients) {
+      if (!contains(strangers, report.results.hosts[client.host])) rows += client.rows;
+    }
+    return rows;
   }
 
   // Settings files that lead back to the first one, of which several rounds are judged together.
@@ -171,7 +184,7 @@ class Judge {
   [[nodiscard]] std::string sentence() const {
     const RowCount& rows = report.rows;
     std::string text = countOf(wantedFound, report.clients.expected, "client");
-    text += ", " + countOf(rows.read, rows.expected, "row");
+    text += ", " + countOf(rows.expected ? wantedRows : rows.read, rows.expected, "row");
     text += ", " + (rows.errors == 0 ? "no error row" : shownCount(rows.errors, "error row"));
     text += ", " + (rows.nullData == 0 ? "no null data"
                                        : "null data in " + shownCount(rows.nullData, "row"));
@@ -195,6 +208,8 @@ class Judge {
     if (!report.clients.missing.empty()) text += "; missing " + shownNames(report.clients.missing);
     if (!withoutMarker.empty()) text += "; no done marker of " + shownNames(withoutMarker);
     if (!strangers.empty()) text += "; not expected " + shownNames(strangers);
+    if (otherRows > 0)
+      text += "; " + shownCount(otherRows, "row") + " of tests that are not in the settings";
     return text;
   }
 
@@ -207,12 +222,19 @@ class Judge {
   std::vector<std::string> withoutMarker;
   bool lacksMarkers = false;
   std::int64_t missingRows = 0;
+  // Where the settings tell which rows there should be: those rows, and those of other tests.
+  std::int64_t wantedRows = 0, otherRows = 0;
   double leastOverlap = 1;
 };
 
 }  // namespace
 
 void judge(Report& report, const ReportOptions& options) { Judge(report, options).run(); }
+
+std::int64_t expectedRowsOf(const Report& report, std::size_t test) {
+  const std::int64_t rows = report.results.tests[test].expectedRows;
+  return rows < 0 ? rows : rows * report.results.runs.judged;
+}
 
 std::vector<std::string> markersIn(const std::string& folder) {
   std::vector<std::string> hosts;

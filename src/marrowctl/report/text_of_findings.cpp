@@ -173,7 +173,7 @@ std::string missingRowsText(const Report& report, const TextStyle& style) {
   std::string text;
   std::size_t count = 0;
   for (std::size_t i = 0; i < report.tests.size(); ++i) {
-    const std::int64_t expected = report.results.tests[i].expectedRows;
+    const std::int64_t expected = expectedRowsOf(report, i);
     for (const std::uint32_t host : hosts) {
       const std::int64_t missing = expected - rowsOf(report.tests[i], host);
       if (missing <= 0 || ++count > kMostShown) continue;

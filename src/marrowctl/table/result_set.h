@@ -38,7 +38,7 @@ struct ResultTest {
   std::string settingsFile;  ///< empty: not known
   int configIndex = -1;      ///< number of the test in its settings file, from 0; -1: not known
   int settingsLine = 0;      ///< from 1; 0: not known
-  /// Rows that each client should have; -1: not known.
+  /// Rows that each client should have in a run; -1: not known.
   std::int64_t expectedRows = -1;
 };
 
