@@ -381,6 +381,61 @@ def test_alike_lines_are_told_apart_by_their_order(ctl):
     expect_figures(found["tests"][1], again)
 
 
+def lines_of(*tests):
+    """A settings file with a line for each pair of method and table."""
+    return "".join(SETTINGS.replace("posix;0;0", f"{method};0;0").replace("results.csv", table)
+                   for method, table in tests)
+
+
+def rows_of(method, begin):
+    rows = perfect_fleet(clients=2)
+    for row in rows:
+        row.method = method
+        row.end += begin
+    return rows
+
+
+@pytest.mark.parametrize("second", ["a.csv", "y.csv"])
+def test_clients_go_from_table_to_table(ctl, second):
+    settings = ctl.write("run.bst", lines_of(("posix", "z.csv"), ("ansic", second), ("stream", "z.csv")))
+    runs = [[rows_of(method, begin + 300 * run) for method, begin in (("Posix", 0), ("AnsiC", 60), ("Stream", 120))]
+            for run in range(2)]
+    write(ctl.folder / "z.csv", runs[0][0] + runs[0][2])
+    write(ctl.folder / second, runs[0][1])
+    tables = ("z.csv", second, settings, "--clients", "2")
+    once = report(ctl, *tables, status=0)
+    assert (once["runs"], once["rows"]["expected"], once["rows"]["read"]) == (1, 24, 24)
+    write(ctl.folder / "z.csv", [row for run in runs for row in run[0] + run[2]])
+    write(ctl.folder / second, runs[0][1] + runs[1][1])
+    twice = report(ctl, *tables, status=0)
+    assert (twice["runs"], twice["rows"]["expected"], twice["rows"]["read"]) == (2, 24, 24)
+    for test, rows in zip(twice["tests"], runs[1]):
+        expect_figures(test, rows)
+        expect_rates(test, rows)
+
+
+def test_the_order_of_tables_outlives_a_clock_that_is_wrong(ctl):
+    settings = ctl.write("run.bst", lines_of(("posix", "z.csv"), ("ansic", "a.csv")))
+    tests = [rows_of("Posix", 0), rows_of("AnsiC", 60)]
+    for row in [row for rows in tests for row in rows if row.host == "c02"]:
+        row.end += 3600
+    for name, rows in zip(("z.csv", "a.csv"), tests):
+        write(ctl.folder / name, rows)
+    found = report(ctl, "z.csv", "a.csv", settings, "--clients", "2")
+    assert (found["runs"], found["rows"]["read"], found["verdict"]["complete"]) == (1, 16, True)
+
+
+def test_of_one_second_the_row_of_the_earlier_line_is_the_earlier_one(ctl):
+    settings = ctl.write("run.bst", lines_of(("posix", "z.csv"), ("ansic", "a.csv")))
+    for name, method in (("z.csv", "Posix"), ("a.csv", "AnsiC")):
+        rows = rows_of(method, 0)
+        for row in rows:
+            row.end, row.ms = 5, 20
+        write(ctl.folder / name, rows)
+    found = report(ctl, "z.csv", "a.csv", settings, "--clients", "2")
+    assert (found["runs"], found["verdict"]["complete"]) == (1, True)
+
+
 def test_clients_that_mount_the_share_elsewhere(ctl):
     settings = ctl.write("run.bst", SETTINGS.replace("/share/", "[cfgPath]"))
     rows = perfect_fleet()

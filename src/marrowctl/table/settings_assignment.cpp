@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "marrowctl/table/assignment.h"
+#include "marrowctl/table/client_order.h"
 #include "marrowctl/table/client_runs.h"
 #include "marrowctl/table/test_names.h"
 
@@ -22,6 +23,7 @@ class SettingsAssignment {
     set.knowsSettings = true;
     set.tests = settings.tests();
     hosts = takeHosts(set, sites);
+    order = clientOrder(set.store, hosts, lines);
     ClientRuns runs(settings, set.tests);
     forEachRow(
         [this, &runs](const StoredRow& row, const Site&, std::uint32_t line, std::uint32_t host) {
@@ -40,8 +42,8 @@ class SettingsAssignment {
  private:
   template <class Visit>
   void forEachRow(Visit visit) {
-    for (StoredRowCursor rows(set.store, Unpacking::nothing); rows.next();) {
-      StoredRow& row = set.store.at(rows.index());
+    for (std::uint64_t i = 0; i < set.store.size(); ++i) {
+      StoredRow& row = set.store.at(order.empty() ? i : order[i]);
       const std::uint32_t site = row.series;
       visit(row, sites[site], lines[site], hosts[site]);
     }
@@ -87,6 +89,7 @@ class SettingsAssignment {
   const std::vector<std::uint32_t>& lines;
   const bool allRuns;
   std::vector<std::uint32_t> hosts;
+  std::vector<std::uint64_t> order;  // of the rows; empty: as they are stored
   std::vector<std::uint32_t> otherTests;
   double othersFrom = 0;
   RunNumbers numbers;
