@@ -432,7 +432,7 @@ def test_of_one_second_the_row_of_the_earlier_line_is_the_earlier_one(ctl):
         for row in rows:
             row.end, row.ms = 5, 20
         write(ctl.folder / name, rows)
-    found = report(ctl, "z.csv", "a.csv", settings, "--clients", "2")
+    found = report(ctl, "a.csv", "z.csv", settings, "--clients", "2")
     assert (found["runs"], found["verdict"]["complete"]) == (1, True)
 
 
