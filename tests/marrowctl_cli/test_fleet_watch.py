@@ -141,6 +141,17 @@ def test_it_ends_soon_when_nobody_is_left(fleet):
     assert (done.returncode, lacks(done)) == (1, ["1 of 2 rows missing, of c1 (1)"])
 
 
+def test_it_ends_when_all_have_given_up_before_publication(fleet):
+    fleet.folder.mkdir(exist_ok=True)
+    note = {"schema": "marrowctl.finished/1", "status": 1, "message": "gave up after 20 s"}
+    for host in ("c1", "c2"):
+        (fleet.folder / f"finished__{host}").write_text(json.dumps(note) + "\n")
+    done = fleet.run("watch")
+    assert (done.returncode, lacks(done)) == (1, [
+        "nothing has been published for this run yet",
+        "missing: c1, c2: it has ended before its last marker: gave up after 20 s"])
+
+
 def test_clients_of_an_earlier_run_do_not_count(fleet):
     pretend_ready(fleet, "c1", "gone")
     old(fleet.folder / "ready__gone", 3600)

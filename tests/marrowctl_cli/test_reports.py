@@ -436,6 +436,35 @@ def test_of_one_second_the_row_of_the_earlier_line_is_the_earlier_one(ctl):
     assert (found["runs"], found["verdict"]["complete"]) == (1, True)
 
 
+def test_alike_lines_are_told_apart_by_their_tables(ctl):
+    settings = ctl.write("run.bst", lines_of(("posix", "z.csv"), ("posix", "a.csv"), ("posix", "z.csv")))
+    tests = [rows_of("Posix", begin) for begin in (0, 60, 120)]
+    # A client whose second test is lost.
+    tests[1] = [row for row in tests[1] if row.host != "c02"]
+    write(ctl.folder / "z.csv", tests[0] + tests[2])
+    write(ctl.folder / "a.csv", tests[1])
+    found = report(ctl, "z.csv", "a.csv", settings, "--clients", "2", status=1)
+    assert (found["runs"], [test["rows"] for test in found["tests"]]) == (1, [8, 4, 8])
+    for test, rows in zip(found["tests"], tests):
+        expect_figures(test, rows)
+    # One table alone, seen through another mount, tells whose line it is.
+    (ctl.folder / "mount").mkdir()
+    write(ctl.folder / "mount/a.csv", tests[1])
+    found = report(ctl, "mount/a.csv", settings, "--clients", "2", status=1)
+    assert [test["rows"] for test in found["tests"]] == [0, 4, 0]
+    # One that was renamed does not: the order does.
+    found = report(ctl, write(ctl.folder / "all.csv", [row for rows in tests for row in rows]), settings)
+    assert [test["rows"] for test in found["tests"]] == [8, 8, 4]
+
+
+def test_alike_lines_are_told_apart_by_the_folders_of_their_tables(ctl):
+    settings = ctl.write("run.bst", lines_of(("posix", f"{ctl.folder}/one/r.csv"), ("posix", f"{ctl.folder}/two/r.csv")))
+    for name in ("one", "two"):
+        (ctl.folder / name).mkdir()
+    path = write(ctl.folder / "two/r.csv", rows_of("Posix", 0))
+    assert [test["rows"] for test in report(ctl, path, settings)["tests"]] == [0, 8]
+
+
 def test_clients_that_mount_the_share_elsewhere(ctl):
     settings = ctl.write("run.bst", SETTINGS.replace("/share/", "[cfgPath]"))
     rows = perfect_fleet()

@@ -48,6 +48,13 @@ std::int64_t rowsToCome(const RunState& state) {
   return std::max<std::int64_t>(rows, 0);
 }
 
+// Who never came may still come.
+bool hasEveryoneEnded(const RunState& state) {
+  return state.namelessClients == 0 &&
+         std::all_of(state.clients.begin(), state.clients.end(),
+                     [](const WatchedClient& client) { return client.finishedStatus.has_value(); });
+}
+
 std::string endOf(const WatchedClient& client) {
   return client.finishedMessage.empty() ? fmt::format("exit status {}", *client.finishedStatus)
                                         : client.finishedMessage;
@@ -193,8 +200,9 @@ std::int64_t waitingForPhase(const RunState& state) {
 }
 
 bool isOver(const RunState& state) {
-  return state.publishedMs && atWork(state) == 0 && waitingForPhase(state) == 0 &&
-         !state.clients.empty();
+  if (state.clients.empty()) return false;
+  if (!state.publishedMs) return hasEveryoneEnded(state);
+  return atWork(state) == 0 && waitingForPhase(state) == 0;
 }
 
 std::optional<std::int64_t> secondsLeft(const RunState& state) {

@@ -83,7 +83,8 @@ void judgeClients(RunState& state);
 /// Every marker is fresh and every expected row is there.
 [[nodiscard]] bool isComplete(const RunState& state);
 
-/// Nothing more will come: no client is ready, running or late, and none waits for a further phase.
+/// Nothing more will come: no client is ready, running or late, and none waits for a further phase;
+/// before publication, every client was there and has ended.
 [[nodiscard]] bool isOver(const RunState& state);
 
 /// Seconds until the last row comes, at the pace of this phase's rows so far; nothing: it can't be

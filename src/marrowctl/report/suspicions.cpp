@@ -145,7 +145,7 @@ class Suspicions {
           printable(file.path) +
               "_lock.txt is there: a client is appending this moment, or was "
               "killed while it did, and others lose rows until it is gone",
-          "make sure that no client is running, then delete it");
+          "make sure that no client is running, then remove it: \"marrowctl fleet unlock\" does");
     }
   }
 

@@ -20,9 +20,9 @@ void assignByPaths(ResultSet& set, const std::vector<Site>& sites, const ReadOpt
 /// The same with the lines of settings files as tests; rows that fit none of them make tests of
 /// their own.
 ///
-/// @param lines  for each site the first line that it fits, or kNone
+/// @param lines  for each site those that its rows can be of
 void assignBySettings(ResultSet& set, const std::vector<Site>& sites, const SettingsTests& settings,
-                      const std::vector<std::uint32_t>& lines, const ReadOptions& options);
+                      const std::vector<LineNumbers>& lines, const ReadOptions& options);
 
 /// The tests that sites with rows at `from` or later make by their parameters and paths are put
 /// behind those that are there. @return for each site its test; kNone where it has none

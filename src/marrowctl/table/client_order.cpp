@@ -37,13 +37,14 @@ bool hasSeveralTables(const RowStore& store, const std::vector<std::uint32_t>& c
 }
 
 Parts partsOf(const RowStore& store, const std::vector<std::uint32_t>& clients,
-              const std::vector<std::uint32_t>& lines) {
+              const std::vector<LineNumbers>& lines) {
   Parts parts;
   for (StoredRowCursor rows(store, Unpacking::nothing); rows.next();) {
     const std::uint32_t site = rows.row().series;
     std::vector<Part>& own = parts[clients[site]];
     if (own.empty() || own.back().file != rows.file()) own.push_back({rows.file(), {}});
-    own.back().places.push_back({rows.row().end, lines[site], rows.index()});
+    own.back().places.push_back(
+        {rows.row().end, lines[site].empty() ? kNone : lines[site].front(), rows.index()});
   }
   return parts;
 }
@@ -71,7 +72,7 @@ void merge(const std::vector<Part>& parts, std::vector<std::uint64_t>& order) {
 
 std::vector<std::uint64_t> clientOrder(const RowStore& store,
                                        const std::vector<std::uint32_t>& clients,
-                                       const std::vector<std::uint32_t>& lines) {
+                                       const std::vector<LineNumbers>& lines) {
   std::vector<std::uint64_t> order;
   if (!hasSeveralTables(store, clients)) return order;
   order.reserve(store.size());

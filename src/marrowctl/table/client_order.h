@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "marrowctl/table/row_store.h"
+#include "marrowctl/table/settings_lines.h"
 
 namespace marrowbench::ctl {
 
@@ -14,11 +15,11 @@ namespace marrowbench::ctl {
 /// earlier line comes first.
 ///
 /// @param clients  for each site, which is what `series` of a row says, its client
-/// @param lines    for each site the line of the settings, or kNone
+/// @param lines    for each site those that its rows can be of
 /// @return numbers of rows; none where the order of the store is such an order
 [[nodiscard]] std::vector<std::uint64_t> clientOrder(const RowStore& store,
                                                      const std::vector<std::uint32_t>& clients,
-                                                     const std::vector<std::uint32_t>& lines);
+                                                     const std::vector<LineNumbers>& lines);
 
 }  // namespace marrowbench::ctl
 

@@ -18,19 +18,19 @@ bool ClientRuns::canBe(const Client& client, std::uint32_t test, std::int32_t it
   return before + 1 < tests[test].parameters.iterations;
 }
 
-RowPlace ClientRuns::next(std::uint32_t host, std::uint32_t test, std::int32_t iteration) {
+RowPlace ClientRuns::next(std::uint32_t host, const LineNumbers& lines, std::int32_t iteration) {
   Client& client = clients[host];
-  std::uint32_t found = test;
-  while (found != kNone && !canBe(client, found, iteration)) found = settings.nextAlike(found);
-  if (found == kNone) {
+  auto found = std::find_if(lines.begin(), lines.end(),
+                            [&](std::uint32_t line) { return canBe(client, line, iteration); });
+  if (found == lines.end()) {
     ++client.run;
     client.lastIterations.clear();
-    found = test;
+    found = lines.begin();
   }
-  client.test = found;
-  std::int32_t& last = client.lastIterations.try_emplace(found, -1).first->second;
+  client.test = *found;
+  std::int32_t& last = client.lastIterations.try_emplace(*found, -1).first->second;
   last = iteration >= 0 ? iteration : last + 1;
-  return {found, last, client.run};
+  return {*found, last, client.run};
 }
 
 void RunNumbers::add(std::uint32_t host, std::uint32_t run, double start) {

@@ -20,15 +20,14 @@ struct RowPlace {
 /// apart by its order; where a line and an iteration come again a new run has begun.
 class ClientRuns {
  public:
-  /// @param settingsTests  kept by the caller
-  ClientRuns(const SettingsTests& settingsTests, const std::vector<ResultTest>& resultTests)
-      : settings(settingsTests), tests(resultTests) {}
+  /// @param resultTests  kept by the caller
+  explicit ClientRuns(const std::vector<ResultTest>& resultTests) : tests(resultTests) {}
 
   /// Takes the next row of a client.
   ///
-  /// @param test       the first of the lines that it can be of
+  /// @param lines      those that it can be of, one at least
   /// @param iteration  -1: its paths do not tell it
-  RowPlace next(std::uint32_t host, std::uint32_t test, std::int32_t iteration);
+  RowPlace next(std::uint32_t host, const LineNumbers& lines, std::int32_t iteration);
 
  private:
   struct Client {
@@ -38,7 +37,6 @@ class ClientRuns {
   };
   [[nodiscard]] bool canBe(const Client& client, std::uint32_t test, std::int32_t iteration) const;
 
-  const SettingsTests& settings;
   const std::vector<ResultTest>& tests;
   std::map<std::uint32_t, Client> clients;
 };

@@ -78,12 +78,12 @@ void assign(const ReadOptions& options, ResultSet& set) {
   settings.setRoles(set.store, roles);
   std::vector<Site> sites = takeSites(set.store, roles);
   std::vector<Site> named = sites;
-  const std::vector<std::uint32_t> lines = settings.matchSites(set, sites);
+  const std::vector<LineNumbers> lines = settings.matchSites(set, sites);
   // What the templates do not tell.
   takeHostsFrom(options, set, named);
   for (std::size_t i = 0; i < sites.size(); ++i) {
     if (sites[i].host.empty() || !options.onlyHost.empty()) sites[i].host = named[i].host;
-    if (lines[i] == kNone) sites[i] = named[i];
+    if (lines[i].empty()) sites[i] = named[i];
   }
   assignBySettings(set, sites, settings, lines, options);
 }

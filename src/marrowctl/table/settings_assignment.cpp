@@ -11,27 +11,23 @@ namespace {
 class SettingsAssignment {
  public:
   SettingsAssignment(ResultSet& resultSet, const std::vector<Site>& allSites,
-                     const SettingsTests& settingsTests,
-                     const std::vector<std::uint32_t>& linesOfSites, bool takesAllRuns)
-      : set(resultSet),
-        sites(allSites),
-        settings(settingsTests),
-        lines(linesOfSites),
-        allRuns(takesAllRuns) {}
-
-  void run() {
+                     const SettingsTests& settings, const std::vector<LineNumbers>& linesOfSites,
+                     bool takesAllRuns)
+      : set(resultSet), sites(allSites), lines(linesOfSites), allRuns(takesAllRuns) {
     set.knowsSettings = true;
     set.tests = settings.tests();
+  }
+
+  void run() {
     hosts = takeHosts(set, sites);
     order = clientOrder(set.store, hosts, lines);
-    ClientRuns runs(settings, set.tests);
-    forEachRow(
-        [this, &runs](const StoredRow& row, const Site&, std::uint32_t line, std::uint32_t host) {
-          if (line != kNone) {
-            const RowPlace place = runs.next(host, line, row.iteration);
-            numbers.add(host, place.run, row.end - row.milliseconds / 1000.0);
-          }
-        });
+    ClientRuns runs(set.tests);
+    forEachRow([this, &runs](const StoredRow& row, std::uint32_t site, std::uint32_t host) {
+      if (!lines[site].empty()) {
+        const RowPlace place = runs.next(host, lines[site], row.iteration);
+        numbers.add(host, place.run, row.end - row.milliseconds / 1000.0);
+      }
+    });
     numbers.finish();
     set.runs.found = std::max<std::int64_t>(1, numbers.count());
     set.runs.judged = allRuns ? set.runs.found : 1;
@@ -45,7 +41,7 @@ class SettingsAssignment {
     for (std::uint64_t i = 0; i < set.store.size(); ++i) {
       StoredRow& row = set.store.at(order.empty() ? i : order[i]);
       const std::uint32_t site = row.series;
-      visit(row, sites[site], lines[site], hosts[site]);
+      visit(row, site, hosts[site]);
     }
   }
 
@@ -53,7 +49,7 @@ class SettingsAssignment {
   void takeOtherTests() {
     std::vector<Site> others;
     for (std::size_t i = 0; i < sites.size(); ++i)
-      others.push_back(lines[i] == kNone ? sites[i] : Site{});
+      others.push_back(lines[i].empty() ? sites[i] : Site{});
     othersFrom = allRuns ? 0 : numbers.newestBegin();
     otherTests = takeTests(set, others, othersFrom);
     nameTests(set.tests);
@@ -61,18 +57,18 @@ class SettingsAssignment {
 
   void assignRows() {
     const auto lineTests = set.tests;
-    ClientRuns runs(settings, lineTests);
+    ClientRuns runs(lineTests);
     SeriesMaker maker(set.series);
-    forEachRow([&](StoredRow& row, const Site& site, std::uint32_t line, std::uint32_t host) {
+    forEachRow([&](StoredRow& row, std::uint32_t site, std::uint32_t host) {
       std::uint32_t test = kNone;
       bool counts = false;
-      if (line != kNone) {
-        const RowPlace place = runs.next(host, line, row.iteration);
+      if (!lines[site].empty()) {
+        const RowPlace place = runs.next(host, lines[site], row.iteration);
         test = place.test;
         row.iteration = place.iteration;
         counts = allRuns || numbers.numberOf(host, place.run) + 1 == numbers.count();
       } else {
-        test = otherTests[static_cast<std::size_t>(&site - sites.data())];
+        test = otherTests[site];
         counts = test != kNone && row.end >= othersFrom;
         row.iteration = std::max(row.iteration, 0);
       }
@@ -85,8 +81,7 @@ class SettingsAssignment {
 
   ResultSet& set;
   const std::vector<Site>& sites;
-  const SettingsTests& settings;
-  const std::vector<std::uint32_t>& lines;
+  const std::vector<LineNumbers>& lines;
   const bool allRuns;
   std::vector<std::uint32_t> hosts;
   std::vector<std::uint64_t> order;  // of the rows; empty: as they are stored
@@ -98,7 +93,7 @@ class SettingsAssignment {
 }  // namespace
 
 void assignBySettings(ResultSet& set, const std::vector<Site>& sites, const SettingsTests& settings,
-                      const std::vector<std::uint32_t>& lines, const ReadOptions& options) {
+                      const std::vector<LineNumbers>& lines, const ReadOptions& options) {
   SettingsAssignment(set, sites, settings, lines, options.allRuns).run();
 }
 

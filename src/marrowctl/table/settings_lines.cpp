@@ -119,17 +119,31 @@ void SettingsTests::setRoles(const RowStore& store, NumberRoles& roles) const {
   }
 }
 
-std::vector<std::uint32_t> SettingsTests::matchSites(const ResultSet& set,
-                                                     std::vector<Site>& sites) const {
-  std::vector<std::uint32_t> found;
+// Of lines that look the same: by the whole path where one of them has it, else by its name. A
+// table that was renamed can be of all of them.
+LineNumbers SettingsTests::linesIn(const std::string& table, std::uint32_t first) const {
+  LineNumbers all, byName, byPath;
+  for (std::uint32_t line = first; line != kNone; line = alike[line]) {
+    all.push_back(line);
+    if (lines[line].table.matchName(table)) byName.push_back(line);
+    if (lines[line].table.match(table)) byPath.push_back(line);
+  }
+  if (!byPath.empty()) return byPath;
+  return byName.empty() ? all : byName;
+}
+
+std::vector<LineNumbers> SettingsTests::matchSites(const ResultSet& set,
+                                                   std::vector<Site>& sites) const {
+  std::vector<LineNumbers> found;
   for (Site& site : sites) {
     const Fit best = fit(set.store.kinds[site.kind].parameters, site.source, site.dest);
-    found.push_back(best.line);
-    if (best.line == kNone) continue;
-    const Line& line = lines[best.line];
+    const std::string& table = set.files[site.file].path;
+    found.push_back(linesIn(table, best.line));
+    if (found.back().empty()) continue;
+    const Line& line = lines[found.back().front()];
     // In place of a source's: a client may read the files of another one.
-    const auto inTable = line.table.hasHost() ? line.table.matchName(set.files[site.file].path)
-                                              : std::optional<TemplateMatch>();
+    const auto inTable =
+        line.table.hasHost() ? line.table.matchName(table) : std::optional<TemplateMatch>();
     if (inTable && !inTable->host.empty()) {
       site.host = inTable->host;
     } else {

@@ -19,6 +19,9 @@ namespace marrowbench::ctl {
 /// True for a test line whose iterations each append a row to a table.
 [[nodiscard]] bool writesRows(const PlannedLine& line);
 
+/// Indices of lines that write rows.
+using LineNumbers = std::vector<std::uint32_t>;
+
 /// The lines of settings files that write rows, as tests, and where rows of theirs are.
 class SettingsTests {
  public:
@@ -30,14 +33,13 @@ class SettingsTests {
   /// Sets the roles of the numbers of kinds whose first row a line fits.
   void setRoles(const RowStore& store, NumberRoles& roles) const;
 
-  /// Finds the line of each site, and sets its host where the line's templates tell it.
+  /// Finds the lines of each site, and sets its host where the line's templates tell it.
   ///
-  /// @return for each site the first of the lines that fit, which are all alike; kNone: none fits
-  [[nodiscard]] std::vector<std::uint32_t> matchSites(const ResultSet& set,
-                                                      std::vector<Site>& sites) const;
-
-  /// The next line behind this one whose rows look the same; kNone: there is none.
-  [[nodiscard]] std::uint32_t nextAlike(std::uint32_t test) const { return alike[test]; }
+  /// @return for each site the lines that fit, in their order: several where rows of lines look the
+  ///         same, of which those that write to a table of this name are meant, if there are any;
+  ///         empty: none fits
+  [[nodiscard]] std::vector<LineNumbers> matchSites(const ResultSet& set,
+                                                    std::vector<Site>& sites) const;
 
  private:
   struct Line {
@@ -50,9 +52,10 @@ class SettingsTests {
   };
   [[nodiscard]] Fit fit(const Parameters& parameters, const std::string& source,
                         const std::string& dest) const;
+  [[nodiscard]] LineNumbers linesIn(const std::string& table, std::uint32_t first) const;
 
   std::vector<Line> lines;
-  std::vector<std::uint32_t> alike;
+  std::vector<std::uint32_t> alike;  // for each line the next one whose rows look the same
 };
 
 }  // namespace marrowbench::ctl

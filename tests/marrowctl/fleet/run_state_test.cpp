@@ -230,6 +230,18 @@ TEST(IsOver, IsWhenNobodyIsLeft) {
   EXPECT_EQ(lacks(state).back(), "monday-2.bst has not been published");
 }
 
+TEST(IsOver, IsWhenAllHaveEndedBeforePublication) {
+  RunState state = stateAt(0, 2);
+  state.publishedMs.reset();
+  for (WatchedClient& client : state.clients) {
+    EXPECT_FALSE(isOver(state)) << "others wait";
+    client.finishedStatus = 1;
+  }
+  EXPECT_TRUE(isOver(state));
+  state.namelessClients = 1;
+  EXPECT_FALSE(isOver(state)) << "one who never came may come";
+}
+
 TEST(SecondsLeft, IsNotKnownWhereNobodyIsLeft) {
   RunState state = stateAt(30, 2);
   addRows(state, 0, 1);
