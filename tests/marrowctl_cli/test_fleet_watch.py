@@ -150,6 +150,11 @@ def test_it_ends_when_all_have_given_up_before_publication(fleet):
     assert (done.returncode, lacks(done)) == (1, [
         "nothing has been published for this run yet",
         "missing: c1, c2: it has ended before its last marker: gave up after 20 s"])
+    # Those of an earlier attempt may be armed again.
+    for host in ("c1", "c2"):
+        old(fleet.folder / f"finished__{host}", 3600)
+    done = fleet.run("watch", "--timeout", "12")
+    assert done.returncode == 1 and done.stdout.splitlines()[-1].count("waits for its settings file") == 1
 
 
 def test_clients_of_an_earlier_run_do_not_count(fleet):

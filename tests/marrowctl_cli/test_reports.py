@@ -626,6 +626,16 @@ def test_standard_input_is_a_table(ctl):
     assert json.loads(done.stdout)["rows"]["read"] == 20
 
 
+def test_a_byte_order_mark_in_front_is_no_row(ctl):
+    path = write(ctl.folder / "a.csv", perfect_fleet())
+    path.write_bytes(b"\xef\xbb\xbf" + path.read_bytes())
+    found = report(ctl, path)
+    assert (found["rows"]["read"], found["rows"]["unusable"]) == (20, [])
+    # A row may come first as well.
+    path.write_bytes(b"\xef\xbb\xbf" + Row(end=5).text().encode() + b"\n")
+    assert report(ctl, path)["rows"]["read"] == 1
+
+
 def test_bytes_that_are_no_utf8_do_no_harm(ctl):
     path = write(ctl.folder / "a.csv", perfect_fleet(dest="/share/\u00e4/data_{host}/file_{iteration}.bin"))
     path.write_bytes(path.read_bytes().replace("\u00e4".encode(), b"\xff"))

@@ -62,7 +62,8 @@ std::string RecipeProcess::start(Engine engine, const RecipeOptions& options) {
   const Recipe recipe = makeRecipe(engine, options);
   if (!recipe.problem.empty()) return recipe.problem;
   // Else a shell would say it, in words that a client's shell has as well.
-  if (const std::string needed = programOf(engine); pathOfProgram(needed).empty())
+  const bool hasPath = std::getenv("PATH") != nullptr;
+  if (const std::string needed = programOf(engine); hasPath && pathOfProgram(needed).empty())
     return needed + ": not in the PATH of this machine";
   if (const int code = write(recipe.text); code != 0)
     return std::string("the temporary folder: ") + std::strerror(code);

@@ -48,11 +48,14 @@ std::int64_t rowsToCome(const RunState& state) {
   return std::max<std::int64_t>(rows, 0);
 }
 
-// Who never came may still come.
-bool hasEveryoneEnded(const RunState& state) {
-  return state.namelessClients == 0 &&
-         std::all_of(state.clients.begin(), state.clients.end(),
-                     [](const WatchedClient& client) { return client.finishedStatus.has_value(); });
+// Who never came may still come, and where all ended long ago they may be armed again.
+bool hasEveryoneJustEnded(const RunState& state) {
+  std::int64_t lastMs = 0;
+  for (const WatchedClient& client : state.clients) {
+    if (!client.finishedStatus) return false;
+    lastMs = std::max(lastMs, client.finishedMs);
+  }
+  return state.namelessClients == 0 && state.nowMs - lastMs < kGoneSeconds * kMsOfSecond;
 }
 
 std::string endOf(const WatchedClient& client) {
@@ -201,7 +204,7 @@ std::int64_t waitingForPhase(const RunState& state) {
 
 bool isOver(const RunState& state) {
   if (state.clients.empty()) return false;
-  if (!state.publishedMs) return hasEveryoneEnded(state);
+  if (!state.publishedMs) return hasEveryoneJustEnded(state);
   return atWork(state) == 0 && waitingForPhase(state) == 0;
 }
 

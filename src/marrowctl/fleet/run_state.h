@@ -32,7 +32,8 @@ struct WatchedClient {
   std::int64_t askedMs = 0;           ///< when that was asked: of thousands, some at each look
   std::optional<int> finishedStatus;  ///< of its finished file, when there is no ready file
   std::string finishedMessage;
-  std::size_t markers = 0;  ///< fresh ones
+  std::int64_t finishedMs = 0;  ///< when that file was written
+  std::size_t markers = 0;      ///< fresh ones
   std::int64_t rows = 0;
   std::optional<std::int64_t> firstRowSeenMs;
   // What follows of it:
@@ -84,7 +85,7 @@ void judgeClients(RunState& state);
 [[nodiscard]] bool isComplete(const RunState& state);
 
 /// Nothing more will come: no client is ready, running or late, and none waits for a further phase;
-/// before publication, every client was there and has ended.
+/// before publication, every client was there and has ended, the last one not long ago.
 [[nodiscard]] bool isOver(const RunState& state);
 
 /// Seconds until the last row comes, at the pace of this phase's rows so far; nothing: it can't be

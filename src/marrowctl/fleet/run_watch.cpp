@@ -128,6 +128,7 @@ void RunWatch::readFinished(const std::string& host) {
   client.touchedMs.reset();
   client.finishedStatus = note ? note->status : 0;
   client.finishedMessage = note ? note->message : "";
+  client.finishedMs = modifiedMsOf(folder.finished(host)).value_or(0);
 }
 
 bool RunWatch::isPlanWanting() const {

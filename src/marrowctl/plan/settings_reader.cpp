@@ -8,6 +8,7 @@
 #include "marrowctl/plan/client_paths.h"
 #include "marrowctl/plan/pattern_maker.h"
 #include "marrowctl/plan/template_expander.h"
+#include "marrowctl/support/utf8.h"
 #include "settings/raw_line.h"
 #include "settings/settings_fields.h"
 #include "settings/settings_lines.h"
@@ -18,7 +19,6 @@
 namespace marrowbench::ctl {
 namespace {
 
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kBlanks = " \t\r";
 
 // The next word of a text and its position; the word is empty at the end.

@@ -78,7 +78,7 @@ class Judge {
     // More clients than names: some may have any name.
     if (expected.empty() || clients.expected != static_cast<std::int64_t>(expected.size())) return;
     wantedFound = std::ssize(expected) - std::ssize(clients.missing);
-    std::copy_if(found.begin(), found.end(), std::back_inserter(strangers),
+    std::copy_if(found.begin(), found.end(), std::back_inserter(clients.strangers),
                  [this](const std::string& name) {
                    return name != kUnknownHost && !contains(expected, name);
                  });
@@ -91,10 +91,11 @@ class Judge {
       report.rows.nullData += test.nullData;
     }
     if (!report.results.knowsSettings || hasNoEnd()) return;
-    const std::int64_t clients = report.clients.expected.value_or(report.clients.found);
+    // There may be more than were expected.
+    const std::int64_t clients = std::max(report.clients.expected.value_or(0), wantedFound);
     std::int64_t perClient = 0;
     for (std::size_t i = 0; i < report.tests.size(); ++i) {
-      const std::int64_t rows = expectedRowsOf(report, i);
+      const std::int64_t rows = report.results.expectedRows(i);
       if (rows < 0) {
         otherRows += report.tests[i].rows;
         continue;
@@ -106,10 +107,14 @@ class Judge {
     report.rows.expected = perClient * clients;
   }
 
+  [[nodiscard]] bool isStranger(const ClientReport& client) const {
+    return contains(report.clients.strangers, report.results.hosts[client.host]);
+  }
+
   [[nodiscard]] std::int64_t rowsOfWanted(const TestReport& test) const {
     std::int64_t rows = 0;
     for (const ClientReport& client : test.clients) {
-      if (!contains(strangers, report.results.hosts[client.host])) rows += client.rows;
+      if (!isStranger(client)) rows += client.rows;
     }
     return rows;
   }
@@ -124,6 +129,7 @@ class Judge {
   void countMissing(const TestReport& test, std::int64_t rows, std::int64_t clients) {
     std::int64_t withRows = 0;
     for (const ClientReport& client : test.clients) {
+      if (isStranger(client)) continue;
       if (report.results.hosts[client.host] == kUnknownHost && clients > 1) {
         missingRows += std::max<std::int64_t>(0, rows * clients - client.rows);
         return;
@@ -207,7 +213,8 @@ class Judge {
     add(verdict.clean ? "clean" : "not clean");
     if (!report.clients.missing.empty()) text += "; missing " + shownNames(report.clients.missing);
     if (!withoutMarker.empty()) text += "; no done marker of " + shownNames(withoutMarker);
-    if (!strangers.empty()) text += "; not expected " + shownNames(strangers);
+    if (const auto& strangers = report.clients.strangers; !strangers.empty())
+      text += "; not expected " + shownNames(strangers);
     if (otherRows > 0)
       text += "; " + shownCount(otherRows, "row") + " of tests that are not in the settings";
     return text;
@@ -217,8 +224,7 @@ class Judge {
   const ReportOptions& options;
   const std::vector<std::string> found;
   std::vector<std::string> expected;
-  std::vector<std::string> strangers;  // they have rows, and the clients were named without them
-  std::int64_t wantedFound = 0;        // clients with rows that are no strangers
+  std::int64_t wantedFound = 0;  // clients with rows that are no strangers
   std::vector<std::string> withoutMarker;
   bool lacksMarkers = false;
   std::int64_t missingRows = 0;
@@ -230,11 +236,6 @@ class Judge {
 }  // namespace
 
 void judge(Report& report, const ReportOptions& options) { Judge(report, options).run(); }
-
-std::int64_t expectedRowsOf(const Report& report, std::size_t test) {
-  const std::int64_t rows = report.results.tests[test].expectedRows;
-  return rows < 0 ? rows : rows * report.results.runs.judged;
-}
 
 std::vector<std::string> markersIn(const std::string& folder) {
   std::vector<std::string> hosts;

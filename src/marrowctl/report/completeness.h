@@ -1,8 +1,6 @@
 #ifndef MARROWBENCH_MARROWCTL_REPORT_COMPLETENESS_H
 #define MARROWBENCH_MARROWCTL_REPORT_COMPLETENESS_H
 
-#include <cstddef>
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -13,9 +11,6 @@ namespace marrowbench::ctl {
 
 /// Counts clients and rows against those that there should be, and judges the whole.
 void judge(Report& report, const ReportOptions& options);
-
-/// Rows that each client should have of a test, in all judged runs together; below 0: not known.
-[[nodiscard]] std::int64_t expectedRowsOf(const Report& report, std::size_t test);
 
 /// The names behind "done__" in a folder of done markers, in their order; nothing where it can't be
 /// read.

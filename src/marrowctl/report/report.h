@@ -57,10 +57,11 @@ struct TestReport {
   std::int64_t lastEnd = 0;
   /// From the latest first start to the earliest last end of the clients that count.
   double windowStart = 0, windowEnd = 0;
-  std::optional<double> overlap;  ///< 0 to 1; nothing when nothing moved
+  /// 0 to 1; like the rates, nothing when nothing moved or several runs are taken together.
+  std::optional<double> overlap;
   bool isTooShort = false;        ///< under 3 s: what ran at the same time can't be told
   std::optional<Rate> allActive;  ///< nothing when the window is empty
-  std::optional<Rate> toTheLast;  ///< nothing when nothing moved
+  std::optional<Rate> toTheLast;
   std::vector<Straggler> stragglers;
 };
 
@@ -75,6 +76,7 @@ struct ClientCount {
   std::optional<std::int64_t> expected;
   std::int64_t found = 0;
   std::vector<std::string> missing;
+  std::vector<std::string> strangers;  ///< they have rows, and the clients were named without them
 };
 
 struct RowCount {

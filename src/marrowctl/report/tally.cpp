@@ -73,10 +73,10 @@ class Tally {
     ++(row.iteration > 0 ? sum.moved.later : sum.moved.first);
   }
 
-  [[nodiscard]] bool isLeftOut(const SeriesSum& sum, const ResultTest& test) const {
+  [[nodiscard]] bool isLeftOut(const SeriesSum& sum, std::uint32_t test) const {
     if (!hasMoved(sum)) return true;
-    return test.expectedRows > 0 && static_cast<double>(sum.client.rows) <
-                                        kLeastShareOfRows * static_cast<double>(test.expectedRows);
+    const auto expected = static_cast<double>(set.expectedRows(test));
+    return expected > 0 && static_cast<double>(sum.client.rows) < kLeastShareOfRows * expected;
   }
 
   void setWindows() {
@@ -84,7 +84,7 @@ class Tally {
       SeriesSum& sum = sums[i];
       if (sum.client.rows == 0) continue;
       TestReport& test = report.tests[set.series[i].test];
-      sum.client.isLeftOut = isLeftOut(sum, set.tests[set.series[i].test]);
+      sum.client.isLeftOut = isLeftOut(sum, set.series[i].test);
       if (hasMoved(sum)) widen(test, sum.client);
     }
   }
@@ -124,13 +124,16 @@ class Tally {
       bytesInWindow[test] += sums[i].bytesInWindow;
       report.tests[test].clients.push_back(sums[i].client);
     }
-    for (std::size_t i = 0; i < report.tests.size(); ++i)
-      setRatesOf(report.tests[i], bytes[i], bytesInWindow[i]);
+    for (std::size_t i = 0; i < report.tests.size(); ++i) {
+      std::vector<ClientReport>& clients = report.tests[i].clients;
+      std::sort(clients.begin(), clients.end(),
+                [](const ClientReport& a, const ClientReport& b) { return a.host < b.host; });
+      // Between runs nobody was active.
+      if (set.runs.judged == 1) setRatesOf(report.tests[i], bytes[i], bytesInWindow[i]);
+    }
   }
 
   static void setRatesOf(TestReport& test, double bytes, double bytesInWindow) {
-    std::sort(test.clients.begin(), test.clients.end(),
-              [](const ClientReport& a, const ClientReport& b) { return a.host < b.host; });
     if (test.lastEnd == 0) return;
     const double whole = static_cast<double>(test.lastEnd) - test.firstStart;
     const double window = std::max(0.0, test.windowEnd - test.windowStart);

@@ -71,6 +71,7 @@ std::string whyConcurrent(const Report& report) {
   if (report.verdict.concurrent == false)
     return "in some test all were active for less than half of the time: do not add up its speeds";
   if (report.clients.found < 2) return "there is one client";
+  if (report.results.runs.judged > 1) return "several runs are taken together";
   return "every test is shorter than 3 s";
 }
 
@@ -97,12 +98,16 @@ std::string unknownHostsText(const Report& report, const TextStyle& style) {
       2, style.width);
 }
 
-// Those with rows in the judged runs that have a name.
+// Those with rows in the judged runs that have a name and may be expected.
 std::vector<std::uint32_t> namedHosts(const Report& report) {
+  const std::vector<std::string>& strangers = report.clients.strangers;
   std::set<std::uint32_t> hosts;
   for (const TestReport& test : report.tests) {
     for (const ClientReport& client : test.clients) {
-      if (report.results.hosts[client.host] != kUnknownHost) hosts.insert(client.host);
+      const std::string& name = report.results.hosts[client.host];
+      const bool isStranger =
+          std::find(strangers.begin(), strangers.end(), name) != strangers.end();
+      if (name != kUnknownHost && !isStranger) hosts.insert(client.host);
     }
   }
   return {hosts.begin(), hosts.end()};
@@ -173,7 +178,7 @@ std::string missingRowsText(const Report& report, const TextStyle& style) {
   std::string text;
   std::size_t count = 0;
   for (std::size_t i = 0; i < report.tests.size(); ++i) {
-    const std::int64_t expected = expectedRowsOf(report, i);
+    const std::int64_t expected = report.results.expectedRows(i);
     for (const std::uint32_t host : hosts) {
       const std::int64_t missing = expected - rowsOf(report.tests[i], host);
       if (missing <= 0 || ++count > kMostShown) continue;

@@ -8,6 +8,9 @@
 /// Settings files and paths are bytes; what shows them may need UTF-8.
 namespace marrowbench::ctl {
 
+/// What some programs put in front of a text in UTF-8.
+inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 /// Bytes of the well-formed character at the front of the text, 0 when there is none.
 [[nodiscard]] std::size_t characterLength(std::string_view text);
 

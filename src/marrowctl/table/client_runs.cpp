@@ -3,13 +3,6 @@
 #include <algorithm>
 
 namespace marrowbench::ctl {
-namespace {
-
-// Clocks of clients differ, and dates are known to a second.
-constexpr double kClocksApart = 60;
-
-}  // namespace
-
 bool ClientRuns::canBe(const Client& client, std::uint32_t test, std::int32_t iteration) const {
   if (test < client.test) return false;
   const auto last = client.lastIterations.find(test);
@@ -18,48 +11,59 @@ bool ClientRuns::canBe(const Client& client, std::uint32_t test, std::int32_t it
   return before + 1 < tests[test].parameters.iterations;
 }
 
-RowPlace ClientRuns::next(std::uint32_t host, const LineNumbers& lines, std::int32_t iteration) {
-  Client& client = clients[host];
-  auto found = std::find_if(lines.begin(), lines.end(),
-                            [&](std::uint32_t line) { return canBe(client, line, iteration); });
-  if (found == lines.end()) {
-    ++client.run;
-    client.lastIterations.clear();
-    found = lines.begin();
+RowPlace ClientRuns::placeOf(std::uint32_t host, const LineNumbers& lines,
+                             std::int32_t iteration) const {
+  const auto known = clients.find(host);
+  const Client& client = known == clients.end() ? newClient : known->second;
+  for (const std::uint32_t line : lines) {
+    if (!canBe(client, line, iteration)) continue;
+    const auto last = client.lastIterations.find(line);
+    const std::int32_t before = last == client.lastIterations.end() ? -1 : last->second;
+    return {line, iteration >= 0 ? iteration : before + 1, client.run};
   }
-  client.test = *found;
-  std::int32_t& last = client.lastIterations.try_emplace(*found, -1).first->second;
-  last = iteration >= 0 ? iteration : last + 1;
-  return {*found, last, client.run};
+  return {lines.front(), std::max(iteration, 0), client.run + 1};
 }
 
-void RunNumbers::add(std::uint32_t host, std::uint32_t run, double start) {
-  std::vector<double>& ofHost = starts[host];
-  if (ofHost.size() <= run) {
-    ofHost.resize(run + 1, start);
-  } else {
-    ofHost[run] = std::min(ofHost[run], start);
-  }
+RowPlace ClientRuns::next(std::uint32_t host, const LineNumbers& lines, std::int32_t iteration) {
+  const RowPlace place = placeOf(host, lines, iteration);
+  Client& client = clients[host];
+  if (client.run != place.run) client = {place.run, 0, {}};
+  client.test = place.test;
+  client.lastIterations[place.test] = place.iteration;
+  return place;
+}
+
+void RunNumbers::Span::widen(const Span& more) {
+  begin = std::min(begin, more.begin);
+  end = std::max(end, more.end);
+}
+
+double RunNumbers::Span::shared(const Span& other) const {
+  return std::min(end, other.end) - std::max(begin, other.begin);
+}
+
+void RunNumbers::add(std::uint32_t host, std::uint32_t run, double start, double end) {
+  std::vector<Span>& runs = ofClients[host];
+  if (runs.size() <= run) runs.resize(run + 1);
+  runs[run].widen({start, end});
 }
 
 void RunNumbers::finish() {
   std::size_t most = 0;
-  for (const auto& [host, runs] : starts) most = std::max(most, runs.size());
-  for (const auto& [host, runs] : starts) {
-    if (runs.size() != most) continue;
-    if (begins.empty()) begins = runs;
-    for (std::size_t i = 0; i < most; ++i) begins[i] = std::min(begins[i], runs[i]);
+  for (const auto& [host, runs] : ofClients) most = std::max(most, runs.size());
+  spans.resize(most);
+  for (const auto& [host, runs] : ofClients) {
+    for (std::size_t i = 0; i < most && runs.size() == most; ++i) spans[i].widen(runs[i]);
   }
 }
 
 std::uint32_t RunNumbers::numberOf(std::uint32_t host, std::uint32_t run) const {
-  const std::vector<double>& runs = starts.at(host);
-  if (runs.size() == begins.size()) return run;
-  const double start = runs[run] + kClocksApart;
-  const auto behind = std::upper_bound(begins.begin(), begins.end(), start);
-  return behind == begins.begin()
-             ? 0
-             : static_cast<std::uint32_t>(std::distance(begins.begin(), behind)) - 1;
+  const std::vector<Span>& runs = ofClients.at(host);
+  if (runs.size() == spans.size()) return run;
+  const auto next = std::max_element(spans.begin(), spans.end(), [&](const Span& a, const Span& b) {
+    return a.shared(runs[run]) < b.shared(runs[run]);
+  });
+  return static_cast<std::uint32_t>(std::distance(spans.begin(), next));
 }
 
 }  // namespace marrowbench::ctl

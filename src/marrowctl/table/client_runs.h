@@ -2,6 +2,7 @@
 #define MARROWBENCH_MARROWCTL_TABLE_CLIENT_RUNS_H
 
 #include <cstdint>
+#include <limits>
 #include <map>
 #include <vector>
 
@@ -23,10 +24,14 @@ class ClientRuns {
   /// @param resultTests  kept by the caller
   explicit ClientRuns(const std::vector<ResultTest>& resultTests) : tests(resultTests) {}
 
-  /// Takes the next row of a client.
+  /// Where a row of a client belongs if it is the next one.
   ///
   /// @param lines      those that it can be of, one at least
   /// @param iteration  -1: its paths do not tell it
+  [[nodiscard]] RowPlace placeOf(std::uint32_t host, const LineNumbers& lines,
+                                 std::int32_t iteration) const;
+
+  /// Takes the next row of a client, with the same parameters.
   RowPlace next(std::uint32_t host, const LineNumbers& lines, std::int32_t iteration);
 
  private:
@@ -38,24 +43,34 @@ class ClientRuns {
   [[nodiscard]] bool canBe(const Client& client, std::uint32_t test, std::int32_t iteration) const;
 
   const std::vector<ResultTest>& tests;
+  const Client newClient{};
   std::map<std::uint32_t, Client> clients;
 };
 
 /// Which run of all a client's run is: those of clients that have all of them are counted, and
-/// another client's is the newest that had begun when it began.
+/// another client's is the one at the time of which it ran, or next to it.
 class RunNumbers {
  public:
-  void add(std::uint32_t host, std::uint32_t run, double start);
+  /// Takes a row. @param start, end  seconds since the epoch
+  void add(std::uint32_t host, std::uint32_t run, double start, double end);
   /// To be called before the others, when all rows were added.
   void finish();
-  [[nodiscard]] std::uint32_t count() const { return static_cast<std::uint32_t>(begins.size()); }
+  [[nodiscard]] std::uint32_t count() const { return static_cast<std::uint32_t>(spans.size()); }
   [[nodiscard]] std::uint32_t numberOf(std::uint32_t host, std::uint32_t run) const;
   /// When the newest run began, seconds since the epoch.
-  [[nodiscard]] double newestBegin() const { return begins.empty() ? 0 : begins.back(); }
+  [[nodiscard]] double newestBegin() const { return spans.empty() ? 0 : spans.back().begin; }
 
  private:
-  std::map<std::uint32_t, std::vector<double>> starts;  // of each client's runs
-  std::vector<double> begins;                           // of each run of all
+  struct Span {
+    double begin = std::numeric_limits<double>::max();
+    double end = std::numeric_limits<double>::lowest();
+    void widen(const Span& more);
+    /// Seconds that both have; below 0: that lie between them.
+    [[nodiscard]] double shared(const Span& other) const;
+  };
+
+  std::map<std::uint32_t, std::vector<Span>> ofClients;  // their runs
+  std::vector<Span> spans;                               // the runs of all
 };
 
 }  // namespace marrowbench::ctl

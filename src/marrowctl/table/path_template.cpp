@@ -101,7 +101,9 @@ class Matcher {
     for (std::size_t length = 0; length <= t; ++length) {
       // A folder, or nothing.
       const bool isFolder = length == 0 || text[t - 1] == '/';
-      if (isFolder && fits(p, t - length)) return true;
+      if (!isFolder || !fits(p, t - length)) continue;
+      found.folder = t;
+      return true;
     }
     return false;
   }
@@ -109,6 +111,11 @@ class Matcher {
   std::string_view pattern, text;
   TemplateMatch found;
 };
+
+std::size_t literalsIn(std::string_view text) {
+  return static_cast<std::size_t>(
+      std::count_if(text.begin(), text.end(), [](char c) { return c < 0 || c >= ' '; }));
+}
 
 std::string_view nameOfPath(std::string_view path) { return path.substr(path.rfind('/') + 1); }
 
@@ -149,6 +156,23 @@ std::optional<TemplateMatch> PathTemplate::matchName(std::string_view path) cons
   return Matcher(name.starts_with(kAnything) ? name.substr(1) : name, nameOfPath(path)).run();
 }
 
+std::size_t PathTemplate::fittingTail(std::string_view path) const {
+  std::string_view pattern = marked;
+  if (pattern.starts_with(kAnything)) pattern.remove_prefix(1);
+  std::size_t literal = 0;
+  std::size_t p = pattern.size(), t = path.size();
+  for (;;) {
+    const std::string_view wanted = nameOfPath(pattern.substr(0, p));
+    const std::string_view found = nameOfPath(path.substr(0, t));
+    if (!Matcher(wanted, found).run()) return literal;
+    literal += literalsIn(wanted) + (p == pattern.size() ? 1 : 0);
+    if (wanted.size() == p) return literal + 1;
+    if (found.size() == t) return literal;
+    p -= wanted.size() + 1;
+    t -= found.size() + 1;
+  }
+}
+
 // Values that are known are filled in: a name and a number that stand side by side can be told
 // apart only so.
 bool PathTemplate::isPathOf(std::string_view host, std::int32_t iteration,
@@ -170,10 +194,7 @@ bool PathTemplate::isPathOf(std::string_view host, std::int32_t iteration,
 
 bool PathTemplate::hasHost() const { return marked.find(kHost) != std::string::npos; }
 
-std::size_t PathTemplate::literals() const {
-  return static_cast<std::size_t>(
-      std::count_if(marked.begin(), marked.end(), [](char c) { return c < 0 || c >= ' '; }));
-}
+std::size_t PathTemplate::literals() const { return literalsIn(marked); }
 
 std::string PathTemplate::shown() const {
   if (marked.empty()) return std::string(kMemory);

@@ -18,6 +18,7 @@ struct TemplateMatch {
   std::string_view host;  ///< empty: the template has none
   /// Where iterations and dates stand: position and length.
   std::vector<std::pair<std::size_t, std::size_t>> iterations, dates;
+  std::size_t folder = 0;  ///< length of what stands for the folder that fits any text
 };
 
 /// A path of a settings line, to be found again in rows. Clients mount the share elsewhere: the
@@ -38,6 +39,10 @@ class PathTemplate {
 
   /// The same for the names of the files alone.
   [[nodiscard]] std::optional<TemplateMatch> matchName(std::string_view path) const;
+
+  /// How much of a path fits: the literal characters of the file's name and of as many folders in
+  /// front of it as fit, one more, and one more if all does. 0: not even the name does.
+  [[nodiscard]] std::size_t fittingTail(std::string_view path) const;
 
   /// True for the path of this client and this iteration.
   ///

@@ -79,7 +79,8 @@ void assign(const ReadOptions& options, ResultSet& set) {
   std::vector<Site> sites = takeSites(set.store, roles);
   std::vector<Site> named = sites;
   const std::vector<LineNumbers> lines = settings.matchSites(set, sites);
-  // What the templates do not tell.
+  // What the templates do not tell. Their own words are no names of clients.
+  if (options.hosts.empty() && options.hostPattern.empty()) settings.cutToFolders(lines, named);
   takeHostsFrom(options, set, named);
   for (std::size_t i = 0; i < sites.size(); ++i) {
     if (sites[i].host.empty() || !options.onlyHost.empty()) sites[i].host = named[i].host;

@@ -67,6 +67,12 @@ struct ResultSet {
   bool knowsSettings = false;      ///< tests are the lines of settings files
   std::vector<std::string> notes;  ///< what the reader should know, each once
   RowStore store;
+
+  /// Rows that each client should have of a test, in all judged runs together; below 0: not known.
+  [[nodiscard]] std::int64_t expectedRows(std::size_t test) const {
+    const std::int64_t rows = tests[test].expectedRows;
+    return rows < 0 ? rows : rows * runs.judged;
+  }
 };
 
 /// A row as it is looked at. One whose transfer failed, ran nothing or could not be timed has

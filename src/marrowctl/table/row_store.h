@@ -85,6 +85,9 @@ class RowStore {
   [[nodiscard]] StoredRow& at(std::uint64_t index) {
     return blocks[index / kRowsOfBlock].rows[index % kRowsOfBlock];
   }
+  [[nodiscard]] const StoredRow& at(std::uint64_t index) const {
+    return blocks[index / kRowsOfBlock].rows[index % kRowsOfBlock];
+  }
 
   std::vector<RowKind> kinds;
   std::vector<RowBlock> blocks;

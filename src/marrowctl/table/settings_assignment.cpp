@@ -20,12 +20,12 @@ class SettingsAssignment {
 
   void run() {
     hosts = takeHosts(set, sites);
-    order = clientOrder(set.store, hosts, lines);
+    order = clientOrder(set, sites, hosts, lines);
     ClientRuns runs(set.tests);
     forEachRow([this, &runs](const StoredRow& row, std::uint32_t site, std::uint32_t host) {
       if (!lines[site].empty()) {
         const RowPlace place = runs.next(host, lines[site], row.iteration);
-        numbers.add(host, place.run, row.end - row.milliseconds / 1000.0);
+        numbers.add(host, place.run, row.end - row.milliseconds / 1000.0, row.end);
       }
     });
     numbers.finish();

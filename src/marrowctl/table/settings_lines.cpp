@@ -1,6 +1,8 @@
 #include "marrowctl/table/settings_lines.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 #include "marrowctl/table/test_names.h"
 #include "settings/settings_lines.h"
@@ -11,15 +13,25 @@ namespace {
 constexpr std::size_t kTableField = 12;
 constexpr std::int64_t kKib = 1024;
 
-void setRolesOf(const TemplateMatch& match,
-                const std::vector<std::pair<std::size_t, std::size_t>>& spans, NumberRole* roles) {
+// Position and length.
+using Span = std::pair<std::size_t, std::size_t>;
+
+// One of the two numbers of a date. Behind a digit, of a client's name say, its first one is part
+// of a longer number.
+bool isPartOf(const Span& date, std::size_t number, const std::vector<Span>& numbers) {
+  const bool isFirst = numbers[number].first == date.first;
+  const bool isSecond = number > 0 && numbers[number - 1].first == date.first;
+  return isFirst || isSecond;
+}
+
+void setRolesOf(const TemplateMatch& match, const std::vector<Span>& spans, NumberRole* roles) {
   for (std::size_t i = 0; i < spans.size(); ++i) {
     roles[i] = NumberRole::text;
     for (const auto& iteration : match.iterations) {
       if (iteration == spans[i]) roles[i] = NumberRole::iteration;
     }
-    for (const auto& [at, length] : match.dates) {
-      if (spans[i].first >= at && spans[i].first < at + length) roles[i] = NumberRole::date;
+    for (const auto& date : match.dates) {
+      if (isPartOf(date, i, spans)) roles[i] = NumberRole::date;
     }
   }
 }
@@ -119,17 +131,34 @@ void SettingsTests::setRoles(const RowStore& store, NumberRoles& roles) const {
   }
 }
 
-// Of lines that look the same: by the whole path where one of them has it, else by its name. A
-// table that was renamed can be of all of them.
+// Of lines that look the same, those whose table has a path most like this one. A table that was
+// renamed can be of all of them.
 LineNumbers SettingsTests::linesIn(const std::string& table, std::uint32_t first) const {
-  LineNumbers all, byName, byPath;
+  LineNumbers found;
+  std::error_code code;
+  const std::string path = std::filesystem::absolute(table, code).lexically_normal().string();
+  std::size_t most = 0;
   for (std::uint32_t line = first; line != kNone; line = alike[line]) {
-    all.push_back(line);
-    if (lines[line].table.matchName(table)) byName.push_back(line);
-    if (lines[line].table.match(table)) byPath.push_back(line);
+    const std::size_t fitting = lines[line].table.fittingTail(path);
+    if (fitting < most) continue;
+    if (fitting > most) found.clear();
+    most = fitting;
+    found.push_back(line);
   }
-  if (!byPath.empty()) return byPath;
-  return byName.empty() ? all : byName;
+  return found;
+}
+
+void SettingsTests::cutToFolders(const std::vector<LineNumbers>& linesOfSites,
+                                 std::vector<Site>& sites) const {
+  const auto cut = [](const PathTemplate& pathTemplate, std::string& path) {
+    if (const auto match = pathTemplate.match(path)) path.resize(match->folder);
+  };
+  for (std::size_t i = 0; i < sites.size(); ++i) {
+    if (linesOfSites[i].empty()) continue;
+    const Line& line = lines[linesOfSites[i].front()];
+    cut(line.source, sites[i].source);
+    cut(line.dest, sites[i].dest);
+  }
 }
 
 std::vector<LineNumbers> SettingsTests::matchSites(const ResultSet& set,

@@ -41,6 +41,11 @@ class SettingsTests {
   [[nodiscard]] std::vector<LineNumbers> matchSites(const ResultSet& set,
                                                     std::vector<Site>& sites) const;
 
+  /// Leaves of the paths of sites with a line what its templates do not tell: the folder in front.
+  ///
+  /// @param linesOfSites  as matchSites() returns them
+  void cutToFolders(const std::vector<LineNumbers>& linesOfSites, std::vector<Site>& sites) const;
+
  private:
   struct Line {
     ResultTest test;

@@ -41,12 +41,14 @@ class SiteTaker {
  public:
   SiteTaker(RowStore& rowStore, const NumberRoles& numberRoles)
       : store(rowStore), roles(numberRoles), sameKinds(rowStore.kinds.size()) {
-    // Kinds that differ in what does not tell sites apart count as one.
+    // Kinds that differ in what does not tell sites apart, such as their error, count as one.
     std::unordered_map<std::string, std::uint32_t> known;
     for (std::uint32_t i = 0; i < store.kinds.size(); ++i) {
       const RowKind& kind = store.kinds[i];
-      sameKinds[i] = known.try_emplace(keyOf(kind.parameters) + kind.source + '\n' + kind.dest, i)
-                         .first->second;
+      // Settings may have lines that differ in their iterations alone.
+      const std::string text = keyOf(kind.parameters) + std::to_string(kind.parameters.iterations) +
+                               '\n' + kind.source + '\n' + kind.dest;
+      sameKinds[i] = known.try_emplace(text, i).first->second;
     }
   }
 

@@ -10,6 +10,7 @@
 #include <limits>
 #include <utility>
 
+#include "marrowctl/support/utf8.h"
 #include "marrowctl/table/row_dates.h"
 #include "support/clock.h"
 
@@ -51,6 +52,12 @@ bool exists(const std::string& path) {
 }
 
 bool isHeaderLine(std::string_view text) { return text.starts_with("Date"); }
+
+// Spreadsheets put it in front of what they save.
+void dropByteOrderMark(TextLine& line) {
+  if (line.number == 1 && line.text.starts_with(kByteOrderMark))
+    line.text.remove_prefix(kByteOrderMark.size());
+}
 
 }  // namespace
 
@@ -109,6 +116,7 @@ bool TableReader::takeLines(int fileDescriptor, std::string& problem) {
   std::uint64_t told = 0;
   RowCells cells;
   for (TextLine line; lines.next(line);) {
+    dropByteOrderMark(line);
     takeLine(line, cells);
     if (progress && lines.bytesRead() != told) {
       progress(lines.bytesRead() - told);

@@ -236,7 +236,10 @@ TEST(IsOver, IsWhenAllHaveEndedBeforePublication) {
   for (WatchedClient& client : state.clients) {
     EXPECT_FALSE(isOver(state)) << "others wait";
     client.finishedStatus = 1;
+    client.finishedMs = state.nowMs - 200'000;
   }
+  EXPECT_FALSE(isOver(state)) << "they may be armed again";
+  state.clients[0].finishedMs = state.nowMs - 100'000;
   EXPECT_TRUE(isOver(state));
   state.namelessClients = 1;
   EXPECT_FALSE(isOver(state)) << "one who never came may come";

@@ -149,6 +149,29 @@ TEST(HostsOfSettings, AreThoseOfTheTemplates) {
   }
 }
 
+TEST(HostsOfSettings, AreNoWordsOfTheTemplates) {
+  // So short that they seem to run at the same time.
+  MadeTables tables;
+  tables.settings(
+      "posix;0;0;0;64;0;1024;3;0;MEMORY;/d/plain_[iter].bin;;/t.csv\n"
+      "posix;0;0;0;64;0;1024;3;0;MEMORY;/d/other_[iter].bin;;/t.csv\n");
+  std::vector<WrittenRow> rows;
+  for (const char* const name : {"/d/plain_", "/d/other_"}) {
+    for (const char* const iteration : {"0.bin", "1.bin", "2.bin"})
+      rows.push_back({0, 0.3, std::string(name) + iteration});
+  }
+  tables.add("t.csv", rows);
+  EXPECT_EQ(tables.hosts(), Texts{"?"});
+}
+
+TEST(HostsOfSettings, AreInTheFoldersThatClientsHaveInPlaceOfTheSettingsFiles) {
+  MadeTables tables;
+  tables.settings("posix;0;0;0;64;0;1024;3;0;MEMORY;[cfgPath]data_[iter].bin;;/t.csv\n");
+  tables.add("t.csv",
+             together({client(0, 3, "/mnt/c1/data_%.bin"), client(0.2, 3, "/mnt/c2/data_%.bin")}));
+  EXPECT_EQ(tables.hosts(), (Texts{"c1", "c2"}));
+}
+
 TEST(HostsOfSettings, TheTablesNameComesBeforeASource) {
   // It reads the file of another client.
   MadeTables tables;
