@@ -121,8 +121,7 @@ class StoredRowCursor {
   [[nodiscard]] const RowKind& kind() const { return store.kinds[current->kind]; }
   [[nodiscard]] std::uint64_t index() const { return nextIndex - 1; }
   [[nodiscard]] std::uint32_t file() const { return currentFile; }
-  /// 0 where nothing is unpacked.
-  [[nodiscard]] std::uint64_t line() const { return currentLine; }
+  [[nodiscard]] std::uint64_t line() const { return currentLine; }  ///< 0: nothing is unpacked
   [[nodiscard]] WideValues wide() const;
 
   /// The numbers of source, dest and error; none where nothing is unpacked.
