@@ -258,6 +258,13 @@ def test_a_share_that_is_unfit_for_one_table_takes_only_tables_of_each(via):
         assert sorted(via.calls()) == ["ssh c1", "ssh c2", "ssh c3"]
 
 
+@pytest.mark.parametrize("text", ["# no test\n", settings_line(table=" ")])
+def test_a_run_without_a_table_needs_no_report(via, text):
+    done = via.run(*via.words("ssh", via.settings(text)))
+    assert (done.returncode, done.stdout) == (0, ""), done.stderr
+    assert done.stderr.endswith("marrowctl run: no line asks for a row in a table\n")
+
+
 def test_time_that_is_up_reports_what_is_there(via):
     # The last line's program pauses for three hours of its own.
     settings = via.settings(settings_line(iterations=3) + "posix;0;0;120000;4;0;400;1;0;MEMORY;[host].bin;"

@@ -53,6 +53,19 @@ void addNext(const PlannedFile& file, const PlannedLine& line, bool isMissing,
   }
 }
 
+// Where each client has a file of its own, the first one's is a file of the plan.
+void addOthers(const PlannedFile& file, const PlannedLine& line, FindingList& findings) {
+  if (file.missingChains.empty()) return;
+  const MissingChain& first = file.missingChains.front();
+  const auto more = static_cast<std::int64_t>(file.missingChains.size()) - 1;
+  findings.onLine(
+      "chain-missing", file, line,
+      {fmt::format("{} of {}{} does not exist: who lacks it will wait for it, with a dot every 5 s",
+                   quoted(first.path), first.host,
+                   more == 0 ? "" : ", like those of " + shownCount(more, "more client") + ","),
+       "put a file there for each client"});
+}
+
 void addUnknownName(const PlannedFile& file, FindingList& findings) {
   if (file.path == "-" || endsWithIgnoreCase(std::string_view(file.path), ".bst")) return;
   findings.onFile(
@@ -78,6 +91,7 @@ void addChainFindings(const Survey& survey, FindingList& findings) {
     if (line == nullptr) continue;
     addUnintendedChain(file, *line, findings);
     addNext(file, *line, isMissing[file.chain], findings);
+    addOthers(file, *line, findings);
   }
 }
 

@@ -37,8 +37,8 @@ file called ";", as a flag it is false, and as a number it makes the program ref
 
     Posix;;0;0;1024;0;1024;1;0;MEMORY;data.bin;;results.csv;true
 
-Write what is meant: 0 for a flag or a number, MEMORY for memory. A blank between the separators makes
-a field that is really empty:
+Write what is meant: 0 for a flag or a number, MEMORY for a source or destination in memory. A blank
+between the separators makes a field that is really empty:
 
     Posix;0;0;0;1024;0;1024;1;0;MEMORY;data.bin; ;results.csv;true)"},
     {"line-too-long", Severity::error,

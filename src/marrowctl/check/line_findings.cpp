@@ -73,10 +73,12 @@ void addRefusal(const PlannedFile& file, const PlannedLine& line, FindingList& f
 void addEmptyFields(const PlannedFile& file, const PlannedLine& line, FindingList& findings) {
   for (std::size_t i = 0; i < line.fields.size(); ++i) {
     if (!line.fields[i].isOmitted) continue;
-    const bool isPath = i >= indexOf(Field::source) && i <= indexOf(Field::table);
+    const bool isData = i == indexOf(Field::source) || i == indexOf(Field::dest);
+    const bool isPath = isData || i == indexOf(Field::log) || i == indexOf(Field::table);
     const bool isNumber = i >= kFirstNumber && i <= kLastNumber;
     std::string_view instead = isNumber ? "0" : "0 or false";
-    if (isPath) instead = "a path, MEMORY for memory, or a blank between the separators";
+    if (isPath) instead = "a path, or a blank between the separators";
+    if (isData) instead = "a path, MEMORY for memory, or a blank between the separators";
     if (i == indexOf(Field::method)) instead = "the method";
     findings.onField("empty-field", file, line, static_cast<Field>(i),
                      {fmt::format("{} is empty between two separators and reads as \";\"",

@@ -56,6 +56,8 @@ std::vector<std::string> tablePatterns(const Plan& plan) {
       if (line.kind != LineKind::test || !test.isRun || test.table.empty()) continue;
       const std::string pattern =
           patternOf(expander.once(withMarks(test.table), {}, test.configIndex, 0).view());
+      // A folder is what an empty field becomes.
+      if (pattern.ends_with('/')) continue;
       if (std::find(patterns.begin(), patterns.end(), pattern) == patterns.end())
         patterns.push_back(pattern);
     }

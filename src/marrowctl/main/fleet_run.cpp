@@ -201,6 +201,8 @@ class FleetRun {
   Outcome report() {
     ReportCommand reporting;
     reporting.tables = tablePatterns(plan);
+    if (reporting.tables.empty())
+      return {watched.status, "", "marrowctl run: no line asks for a row in a table\n"};
     reporting.from.settings = {recipe.folder.settings()};
     reporting.from.hostLists = {listOf(recipe)};
     // Without it nobody has come to the end, which the rows tell as well.

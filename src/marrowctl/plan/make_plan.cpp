@@ -75,7 +75,7 @@ struct Run {
 class Planner {
  public:
   Planner(const Plan& plan, const PlanOptions& options, std::istream& standardInput)
-      : reader(plan.hosts.front()), input(standardInput) {
+      : reader(plan.hosts), input(standardInput) {
     for (const auto& [path, text] : options.texts) texts.emplace(keyOf(path), text);
   }
 
@@ -121,6 +121,9 @@ class Planner {
     std::optional<PlannedFile>& file = files[index];
     if (file && (path == "-" || !chainReadsRecord(*file))) return reader.passOver(*file);
     file = readFile(path);
+    std::erase_if(file->missingChains, [this](const MissingChain& each) {
+      return texts.contains(keyOf(each.path)) || fileStatus(each.path.c_str());
+    });
   }
 
   PlannedFile readFile(const std::string& path) {

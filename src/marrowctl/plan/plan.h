@@ -63,6 +63,11 @@ struct AllowComment {
   std::string text;  ///< the whole line
 };
 
+/// A next file of a client's own that is not there.
+struct MissingChain {
+  std::string host, path;
+};
+
 /// One settings file, read to its chain line or to its end.
 struct PlannedFile {
   std::string path;    ///< as it was named, or as a chain line gives it
@@ -71,11 +76,12 @@ struct PlannedFile {
   std::string date;  ///< of the planning: what "[date]" is in paths that are made of patterns
   bool hasByteOrderMark = false;
   std::vector<AllowComment> allows;
-  std::vector<PlannedLine> lines;  ///< up to and with the chain line
-  std::string chain;               ///< path of the next file, empty for none
-  int chainLine = 0;               ///< the line that names it
-  PlannedLine behindChain;         ///< the first line behind it that is no comment; length 0: none
-  bool chainsBack = false;         ///< the chain leads to a file that was visited before
+  std::vector<PlannedLine> lines;           ///< up to and with the chain line
+  std::string chain;                        ///< path of the next file, empty for none
+  std::vector<MissingChain> missingChains;  ///< of clients behind the first one, by their names
+  int chainLine = 0;                        ///< the line that names it
+  PlannedLine behindChain;  ///< the first line behind it that is no comment; length 0: none
+  bool chainsBack = false;  ///< the chain leads to a file that was visited before
 };
 
 /// The files in the order in which they are run, and for whom.

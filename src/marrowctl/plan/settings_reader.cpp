@@ -85,9 +85,10 @@ bool isNothing(const RawLine& line, const FixedString& path) {
   return takeSettingsLine(line, path, 0, *scratch).kind == LineKind::nothing;
 }
 
+constexpr std::string_view kHost = "[host]";
+
 // The program replaces "[host]" first, with the name of the machine that it is on.
 RawLine lineOn(const std::string& host, RawLine line) {
-  constexpr std::string_view kHost = "[host]";
   for (std::int32_t at = findIgnoreCase(line.text, kHost); at >= 0;
        at = findIgnoreCase(line.text, kHost, static_cast<std::size_t>(at) + host.size())) {
     line.text.replace(static_cast<std::size_t>(at), kHost.size(), host);
@@ -99,9 +100,9 @@ RawLine lineOn(const std::string& host, RawLine line) {
 // One file on its way from the stream into the plan.
 class FileReading {
  public:
-  FileReading(const std::string& path, const std::string& firstHost, const std::string& date,
-              std::vector<TestConfig>& records)
-      : host(firstHost),
+  FileReading(const std::string& path, const std::vector<std::string>& clients,
+              const std::string& date, std::vector<TestConfig>& records)
+      : hosts(clients),
         table(records),
         corePath(folderPathOf(path)),
         patterns(path, settingsFileNumberOf(corePath)) {
@@ -142,9 +143,7 @@ class FileReading {
     line.length = raw.length;
     line.kind = taken.kind;
     if (taken.kind == LineKind::chain) {
-      record.settingsFileNumber = numberBefore;
-      (void)takeSettingsLine(lineOn(host, raw), corePath, file.settingsFileNumber, record);
-      file.chain = record.sourceTemplate.view();
+      takeChain(raw, numberBefore, record);
       file.chainLine = number;
       return;
     }
@@ -153,12 +152,25 @@ class FileReading {
     if (taken.kind == LineKind::test) takeTest(record, taken.asWritten, line.test);
   }
 
+  void takeChain(const RawLine& raw, std::int32_t numberBefore, TestConfig& record) {
+    const auto chainOn = [&](const std::string& host) {
+      record.settingsFileNumber = numberBefore;
+      (void)takeSettingsLine(lineOn(host, raw), corePath, file.settingsFileNumber, record);
+      return std::string(record.sourceTemplate.view());
+    };
+    if (findIgnoreCase(raw.text, kHost) >= 0) {
+      for (std::size_t i = 1; i < hosts.size(); ++i)
+        file.missingChains.push_back({hosts[i], chainOn(hosts[i])});
+    }
+    file.chain = chainOn(hosts.front());
+  }
+
   void takeTest(const TestConfig& record, const ParameterBlock& asWritten, PlannedTest& test) {
     test = testOf(record, asWritten);
     test.configIndex = static_cast<int>(tests);
     test.isRun = tests < table.size();
     test.patterns = patterns.patternsOf(test);
-    test.type = typeOn(host, file, test);
+    test.type = typeOn(hosts.front(), file, test);
     ++tests;
   }
 
@@ -169,7 +181,7 @@ class FileReading {
     return *spare;
   }
 
-  const std::string& host;
+  const std::vector<std::string>& hosts;
   std::vector<TestConfig>& table;
   const FixedString corePath;
   PatternMaker patterns;
@@ -180,8 +192,8 @@ class FileReading {
 
 }  // namespace
 
-SettingsReader::SettingsReader(std::string firstHost)
-    : host(std::move(firstHost)), date(fileStamp(currentSeconds()).view()), table(kMaxTestLines) {}
+SettingsReader::SettingsReader(std::vector<std::string> clients)
+    : hosts(std::move(clients)), date(fileStamp(currentSeconds()).view()), table(kMaxTestLines) {}
 
 void SettingsReader::startRun() {
   std::fill_n(table.begin(), touched, TestConfig{});
@@ -189,7 +201,7 @@ void SettingsReader::startRun() {
 }
 
 PlannedFile SettingsReader::read(const std::string& path, std::istream& input) {
-  FileReading reading(path, host, date, table);
+  FileReading reading(path, hosts, date, table);
   RawLine line;
   for (int number = 1; readRawLine(input, line); ++number) reading.take(line, number);
   touched = std::max(touched, reading.recordsUsed());

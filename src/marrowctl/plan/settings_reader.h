@@ -15,13 +15,15 @@ namespace marrowbench::ctl {
 /// the path of a chain shows what its record held before.
 class SettingsReader {
  public:
-  /// @param firstHost  the client whose paths decide what kind of test a line is
-  explicit SettingsReader(std::string firstHost);
+  /// @param clients  one at least: the paths of the first one decide what kind of test a line is
+  explicit SettingsReader(std::vector<std::string> clients);
 
   /// Makes the records those of a program that has just started.
   void startRun();
 
   /// Reads a file to its end, though nothing but comments counts behind a chain line.
+  ///
+  /// Whether the files of `missingChains` are there is not looked at.
   ///
   /// @param path   as the program has it, "-" for standard input
   /// @param input  at its beginning
@@ -31,7 +33,7 @@ class SettingsReader {
   void passOver(const PlannedFile& file);
 
  private:
-  std::string host;
+  std::vector<std::string> hosts;
   std::string date;
   std::vector<TestConfig> table;
   std::size_t touched = 0;  // records that are no longer fresh

@@ -138,7 +138,10 @@ HostList namesOf(std::string_view list) {
 HostList readHostList(const std::string& list) {
   if (list == "-") return namesIn(std::cin, list);
   std::error_code code;
-  if (std::filesystem::exists(list, code)) return namesInFile(list);
+  // A folder may have the name of a client.
+  const bool isName =
+      list.find('/') == std::string::npos && std::filesystem::is_directory(list, code);
+  if (!isName && std::filesystem::exists(list, code)) return namesInFile(list);
   // No name of a host holds a "/": a file was meant.
   if (list.find('/') == std::string::npos) return namesOf(list);
   return {{}, list + ": " + std::strerror(ENOENT), true};

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 namespace marrowbench::ctl {
+
 bool ClientRuns::canBe(const Client& client, std::uint32_t test, std::int32_t iteration) const {
   if (test < client.test) return false;
   const auto last = client.lastIterations.find(test);

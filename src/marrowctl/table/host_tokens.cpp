@@ -47,7 +47,11 @@ class HostTokens {
     const Choice inFiles = chooseFiles();
     const bool perFile = !inFiles.names.empty() && !sharesFiles(inPaths);
     if (perFile) nameByFiles(inFiles);
-    if (!inPaths.names.empty()) nameByPaths(inPaths, !perFile);
+    if (!inPaths.names.empty()) {
+      nameByPaths(inPaths, !perFile);
+    } else if (perFile) {
+      maskOwnNames();
+    }
   }
 
  private:
@@ -183,6 +187,13 @@ class HostTokens {
       if (setsHosts && sites[i].host.empty()) sites[i].host = hosts[i];
       const std::set<std::size_t>& where = positions[paths.members[i].family];
       mask(sites[i], masked, where);
+    }
+  }
+
+  // The paths of a client have its name as its table has.
+  void maskOwnNames() {
+    for (Site& site : sites) {
+      if (!site.host.empty()) mask(site, {site.host}, {});
     }
   }
 

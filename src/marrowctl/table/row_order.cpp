@@ -52,9 +52,10 @@ RowOrder orderOf(const RowStore& store, const std::vector<Site>& sites,
     const std::uint32_t name = names[site];
     if (name == kNone) continue;
     ++order.rows;
-    const std::int64_t iterations = store.kinds[sites[site].kind].parameters.iterations;
-    const auto isUnfinished = [iterations](const Block& block) {
-      return block.site != kNone && iterations > 1 && block.rows % iterations != 0;
+    const auto isUnfinished = [&](const Block& block) {
+      if (block.site == kNone) return false;
+      const std::int64_t iterations = store.kinds[sites[block.site].kind].parameters.iterations;
+      return iterations > 1 && block.rows % iterations != 0;
     };
     Block& own = blockIn(ofName, nameOfSite[site], rows.file());
     Block& last = blockIn(ofFamily, families[site], rows.file());

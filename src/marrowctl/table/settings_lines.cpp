@@ -36,6 +36,12 @@ void setRolesOf(const TemplateMatch& match, const std::vector<Span>& spans, Numb
   }
 }
 
+// A relative one lacks folders by which tables differ.
+std::string wholePath(const std::string& path) {
+  std::error_code code;
+  return std::filesystem::absolute(path, code).lexically_normal().string();
+}
+
 }  // namespace
 
 Parameters parametersOf(const PlannedTest& test) {
@@ -134,9 +140,10 @@ void SettingsTests::setRoles(const RowStore& store, NumberRoles& roles) const {
 // Of lines that look the same, those whose table has a path most like this one. A table that was
 // renamed can be of all of them.
 LineNumbers SettingsTests::linesIn(const std::string& table, std::uint32_t first) const {
+  if (first == kNone) return {};
+  if (alike[first] == kNone) return {first};
   LineNumbers found;
-  std::error_code code;
-  const std::string path = std::filesystem::absolute(table, code).lexically_normal().string();
+  const std::string path = wholePath(table);
   std::size_t most = 0;
   for (std::uint32_t line = first; line != kNone; line = alike[line]) {
     const std::size_t fitting = lines[line].table.fittingTail(path);
@@ -161,6 +168,16 @@ void SettingsTests::cutToFolders(const std::vector<LineNumbers>& linesOfSites,
   }
 }
 
+// Its name is enough where a share is mounted elsewhere.
+std::string SettingsTests::hostInTable(const Line& line, const std::string& table) {
+  if (!line.table.hasHost()) return {};
+  const std::string path = wholePath(table);
+  for (const auto& match : {line.table.match(path), line.table.matchName(path)}) {
+    if (match && !match->host.empty()) return std::string(match->host);
+  }
+  return {};
+}
+
 std::vector<LineNumbers> SettingsTests::matchSites(const ResultSet& set,
                                                    std::vector<Site>& sites) const {
   std::vector<LineNumbers> found;
@@ -171,13 +188,8 @@ std::vector<LineNumbers> SettingsTests::matchSites(const ResultSet& set,
     if (found.back().empty()) continue;
     const Line& line = lines[found.back().front()];
     // In place of a source's: a client may read the files of another one.
-    const auto inTable =
-        line.table.hasHost() ? line.table.matchName(table) : std::optional<TemplateMatch>();
-    if (inTable && !inTable->host.empty()) {
-      site.host = inTable->host;
-    } else {
-      site.host = best.dest.host.empty() ? best.source.host : best.dest.host;
-    }
+    site.host = hostInTable(line, table);
+    if (site.host.empty()) site.host = best.dest.host.empty() ? best.source.host : best.dest.host;
   }
   return found;
 }

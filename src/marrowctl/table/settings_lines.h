@@ -58,6 +58,7 @@ class SettingsTests {
   [[nodiscard]] Fit fit(const Parameters& parameters, const std::string& source,
                         const std::string& dest) const;
   [[nodiscard]] LineNumbers linesIn(const std::string& table, std::uint32_t first) const;
+  [[nodiscard]] static std::string hostInTable(const Line& line, const std::string& table);
 
   std::vector<Line> lines;
   std::vector<std::uint32_t> alike;  // for each line the next one whose rows look the same

@@ -689,6 +689,23 @@ TEST(Findings, ByteOrderMarkExplainsItsLineAlone) {
             std::vector<std::string>{"byte-order-mark"});
 }
 
+TEST(ChainMissing, IsToldOfClientsWithFilesOfTheirOwn) {
+  SettingsFolder settings;
+  settings.options.hosts = {"c1", "c2", "c3"};
+  settings.write("n-c1.bst", kWrite);
+  const std::string text = kWrite + "[cfgPath]n-[host].bst\n";
+  const std::vector<Finding> findings = settings.findings(text);
+  ASSERT_EQ(namesOf(findings), std::vector<std::string>{"chain-missing"});
+  EXPECT_NE(findings.front().message.find("n-c2.bst\" of c2, like those of 1 more client, does"),
+            std::string::npos)
+      << findings.front().message;
+  settings.write("n-c3.bst", kWrite);
+  EXPECT_NE(settings.findings(text).front().message.find("n-c2.bst\" of c2 does not exist"),
+            std::string::npos);
+  settings.write("n-c2.bst", kWrite);
+  EXPECT_TRUE(settings.findings(text).empty());
+}
+
 TEST(Findings, IndentedCommentExplainsItsLineUnlessItChains) {
   const SettingsFolder settings;
   EXPECT_EQ(namesOf(settings.findings(" # note\n" + kWrite)),

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -124,6 +125,32 @@ TEST(HostTokens, OnlyHostIsNotLookedFor) {
   tables.options.onlyHost = "me";
   tables.add("t.csv", together({client(0, 3, "/d/c1_%.bin"), client(0, 3, "/d/c2_%.bin")}));
   EXPECT_EQ(tables.hosts(), Texts{"me"});
+}
+
+TEST(HostTokens, OfTablesAreTakenOutOfThePathsOfTheirClients) {
+  // Runs so far apart that the paths alone do not tell who a client is.
+  MadeTables tables;
+  for (const std::string name : {"c1", "c2"}) {
+    tables.add("t_" + name + ".csv", together({client(0, 3, "/d/" + name + "_%.bin"),
+                                               client(90000, 3, "/d/" + name + "_%.bin")}));
+  }
+  EXPECT_EQ(tables.hosts(), (Texts{"c1", "c2"}));
+  EXPECT_EQ(tables.tests(), Texts{"MEMORY /d/[host]_[iter].bin"});
+}
+
+TEST(HostTokens, OfTablesWithLinesThatDifferInTheirIterationsAlone) {
+  MadeTables tables;
+  for (const char* const name : {"c1.csv", "c2.csv"})
+    tables.add(name, together({client(0, 1, "/d/x_%.bin"), client(5, 5, "/d/x_%.bin")}));
+  EXPECT_EQ(tables.hosts(), (Texts{"c1", "c2"}));
+}
+
+TEST(HostsOfSettings, AreInTheFoldersOfTables) {
+  MadeTables tables;
+  std::filesystem::create_directory(tables.folder.path() + "/c1");
+  tables.settings("posix;0;0;0;64;0;1024;3;0;MEMORY;/d/x_[iter].bin;;[host]/t.csv\n");
+  tables.add("c1/t.csv", client(0, 3, "/d/x_%.bin"));
+  EXPECT_EQ(tables.hosts(), Texts{"c1"});
 }
 
 TEST(HostsOfSettings, AreThoseOfTheTemplates) {
