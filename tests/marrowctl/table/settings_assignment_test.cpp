@@ -72,6 +72,17 @@ TEST(SettingsAssignment, OfOneSecondTheRowOfTheRunThatEndsComesFirst) {
   EXPECT_EQ(tables.outcome.set.runs.found, 2);
 }
 
+TEST(SettingsAssignment, OfOneSecondTheOrderOfTheSettingsCountsWhereRowsAreLost) {
+  // The later run has lost its first row: taken as the settings have it, there are two runs as
+  // well.
+  MadeTables tables;
+  tables.settings(linesTo({"/z.csv"}) + linesTo({"/a.csv"}, "ansic"));
+  tables.add("a.csv", with("AnsiC", {{4, 1, "/d/c1_0.bin"}, {99, 1, "/d/c1_0.bin"}}));
+  tables.add("z.csv", {{4, 1, "/d/c1_0.bin"}});
+  EXPECT_EQ(rowsOfTests(tables), (std::vector<int>{0, 1}));
+  EXPECT_EQ(tables.outcome.set.runs.found, 2);
+}
+
 TEST(SettingsAssignment, OfOneSecondTheRowOfTheEarlierIterationComesFirst) {
   MadeTables tables;
   tables.settings(linesTo({"/t_[iter].csv"}));
