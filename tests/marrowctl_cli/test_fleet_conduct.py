@@ -95,6 +95,7 @@ def test_what_would_stop_a_later_phase_is_told_before_the_first(fleet):
         fleet, settings_line(), "posix;0;0;0;x;0;4;1;0;MEMORY;a; ;b.csv;true\n"))
     assert done.returncode == 2
     assert reasons(done, "not published") == ["check finds errors in the settings file, at its new place"]
+    assert "monday-2.bst:1:" in done.stderr, "what is wrong is told, of the phase where it is"
     assert "monday.bst" not in fleet.names()
     missing = fleet.control.parent / "missing.bst"
     done = fleet.run("conduct", "--hosts", "c1", "--now", *phases(fleet, settings_line()), missing)

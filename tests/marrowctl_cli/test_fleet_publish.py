@@ -151,6 +151,20 @@ def test_a_file_that_somebody_else_has_put_there_meanwhile_stays(fleet):
     assert "published__monday" not in fleet.names()
 
 
+def test_of_two_who_publish_the_same_run_one_does(fleet):
+    fleet.arm_all(["c1"], program=FAST_COMMAND, environment=clock_at(31))
+    publishing = fleet.start("publish", "--hosts", "c1", write(fleet, settings_line()))
+    wait_until(lambda: any(name.startswith(".monday.bst.") for name in fleet.names()))
+    second = fleet.run("publish", "--now", "--hosts", "c1", write(fleet, settings_line(iterations=7)))
+    assert second.returncode == 2
+    assert refusals(second) == [
+        f"{fleet.folder}/.monday.bst.draft is there: somebody else is publishing this run. "
+        "If nobody is, delete the .draft files beside it"]
+    _, err = publishing.communicate(timeout=120)
+    assert (publishing.returncode, err) == (0, "")
+    assert not any(name.startswith(".") for name in fleet.names())
+
+
 @pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGINT, signal.SIGHUP])
 def test_a_signal_during_the_waiting_leaves_nothing(fleet, number):
     fleet.arm_all(["c1"], program=FAST_COMMAND, environment=clock_at(50))

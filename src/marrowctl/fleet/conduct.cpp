@@ -77,9 +77,12 @@ class Conductor {
     PublishOutcome refusal;
     std::map<std::string, int> phaseOfPlace;
     for (int phase = 1; phase <= phases(); ++phase) {
-      Preparation prepared = prepareToPublish(optionsOf(phase, options.leftoversMayStay));
+      const PublishOptions each = optionsOf(phase, options.leftoversMayStay);
+      Preparation prepared = prepareToPublish(each);
       refuseUnseenEnd(phase, prepared);
       refuseSharedPlaces(phase, prepared, phaseOfPlace);
+      // What is wrong with this phase; one that is published tells of itself then.
+      if (!prepared.refusals.empty()) listener.publishing(each).prepared(prepared);
       for (std::string& sentence : prepared.refusals) {
         const auto& told = refusal.refusals;
         if (std::find(told.begin(), told.end(), sentence) == told.end())

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -18,10 +17,11 @@ std::string problemWith(const std::string& path, int code) {
   return path + ": " + std::strerror(code);
 }
 
-// Hidden, and no settings file by its name: nobody takes it for the finished file.
+// Hidden, and no settings file by its name: nobody takes it for the finished file. The same for
+// all: of those that prepare a run at the same time one alone can have made it.
 std::string draftOf(const std::string& path) {
   const std::size_t name = path.rfind('/') + 1;
-  return path.substr(0, name) + "." + path.substr(name) + "." + std::to_string(getpid());
+  return path.substr(0, name) + "." + path.substr(name) + ".draft";
 }
 
 // Clients run as other users, too: whatever this one's umask is, they read it. Shares without such
@@ -51,8 +51,14 @@ Drafts::~Drafts() {
 
 std::string Drafts::write(const std::map<std::string, std::string>& texts) {
   for (const auto& [place, text] : texts) {
-    drafts.push_back({draftOf(place), place, text});
-    const int code = writeText(drafts.back().path, O_CREAT | O_TRUNC, text);
+    const std::string path = draftOf(place);
+    const int code = writeText(path, O_CREAT | O_EXCL, text);
+    // It stays: its owner is to publish it.
+    if (code == EEXIST)
+      return path +
+             " is there: somebody else is publishing this run. If nobody is, delete the "
+             ".draft files beside it";
+    drafts.push_back({path, place, text});
     if (code != 0) return problemWith(place, code);
   }
   return {};

@@ -10,6 +10,7 @@ namespace marrowbench::ctl {
 
 /// Files that are to appear at a moment: written beside their places before it, so that only the
 /// renaming is left, and a full share is found out in time. What has not appeared goes away again.
+/// While drafts lie there nobody else can write any for the same places.
 class Drafts {
  public:
   Drafts() = default;

@@ -50,5 +50,33 @@ TEST(Drafts, ThoseThatAppearedGoAwayWhenAnotherOneCannot) {
   EXPECT_FALSE(test::exists(note.c_str()));
 }
 
+TEST(Drafts, OfTwoWhoPrepareTheSameRunTheFirstAlonePublishes) {
+  const test::TempFolder folder;
+  const std::string note = folder.path() + "/note", settings = folder.path() + "/run.bst";
+  Drafts first;
+  ASSERT_EQ(first.write({{note, "one"}, {settings, "two"}}), "");
+  {
+    Drafts second;
+    EXPECT_EQ(second.write({{note, "three"}, {settings, "four"}}),
+              folder.path() +
+                  "/.note.draft is there: somebody else is publishing this run. If "
+                  "nobody is, delete the .draft files beside it");
+  }
+  ASSERT_EQ(first.publish(settings), "");
+  EXPECT_EQ(test::readFile(note.c_str()), "one");
+  EXPECT_EQ(test::readFile(settings.c_str()), "two");
+}
+
+TEST(Drafts, ThatGoAwayLetTheNextOnePublish) {
+  const test::TempFolder folder;
+  const std::string settings = folder.path() + "/run.bst";
+  {
+    Drafts first;
+    ASSERT_EQ(first.write({{settings, "one"}}), "");
+  }
+  Drafts second;
+  EXPECT_EQ(second.write({{settings, "two"}}), "");
+}
+
 }  // namespace
 }  // namespace marrowbench::ctl
